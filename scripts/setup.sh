@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Installs whatever the build, the tests and the app need and is not there yet.
+# Debian/Ubuntu: apt-get (sudo when not root). macOS: Homebrew.
+set -euo pipefail
+
+say() { printf '==> %s\n' "$*" >&2; }
+
+if [[ "$(uname -s)" == "Darwin" ]]; then
+    if ! command -v brew >/dev/null 2>&1; then
+        say "Homebrew is required on macOS: https://brew.sh"
+        exit 1
+    fi
+    missing=()
+    for f in qt cmake ninja; do
+        brew list --formula "$f" >/dev/null 2>&1 || missing+=("$f")
+    done
+    if ((${#missing[@]})); then
+        say "Installing ${missing[*]} with Homebrew"
+        brew install "${missing[@]}"
+    fi
+    exit 0
+fi
+
+packages=(
+    build-essential cmake ninja-build pkg-config
+    qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6
+    libgl-dev libxkbcommon-dev
+    fonts-dejavu-core
+    xvfb xauth
+)
+
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+((${#missing[@]})) || exit 0
+
+if [[ $(id -u) -eq 0 ]]; then sudo=(); else sudo=(sudo); fi
+say "Installing ${missing[*]}"
+
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,329 @@
+#include "CliCommands.h"
+
+#include "JsonOutput.h"
+#include "LibraryQueries.h"
+#include "PromptLibrary.h"
+#include "Variables.h"
+#include "VeskConst.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStringDecoder>
+
+#include <QtGlobal>
+
+#include <atomic>
+#include <functional>
+
+namespace {
+
+// The library reports a failed write only as a "Vesk: " warning; count them so
+// that a command whose save failed does not exit 0.
+std::atomic<int> loggedLibraryFailures{0};
+QtMessageHandler previousMessageHandler = nullptr;
+
+void countLibraryFailures(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtWarningMsg && message.startsWith(u"Vesk: "))
+        ++loggedLibraryFailures;
+    if (previousMessageHandler)
+        previousMessageHandler(type, context, message);
+}
+
+CliResult failure(const QString &message)
+{
+    return {1, {}, (u"vesk-cli: " + message + u'\n').toUtf8()};
+}
+
+CliResult success(const QByteArray &out = {})
+{
+    return {0, out, {}};
+}
+
+CliResult line(const QString &text)
+{
+    return success((text + u'\n').toUtf8());
+}
+
+QString quoted(const QString &text)
+{
+    return u'\'' + text + u'\'';
+}
+
+QByteArray promptLines(const QList<Prompt> &prompts)
+{
+    QByteArray out;
+    for (const Prompt &prompt : prompts)
+        out += (prompt.id + u'\t' + prompt.displayTitle() + u'\n').toUtf8();
+    return out;
+}
+
+CliResult promptList(const CliArguments &args, const QList<Prompt> &prompts)
+{
+    return success(args.json ? JsonOutput::text(JsonOutput::promptArray(prompts)) : promptLines(prompts));
+}
+
+CliResult stringList(const CliArguments &args, const QStringList &strings)
+{
+    if (args.json)
+        return success(JsonOutput::text(JsonOutput::stringArray(strings)));
+    QByteArray out;
+    for (const QString &s : strings)
+        out += (s + u'\n').toUtf8();
+    return success(out);
+}
+
+std::optional<QString> readUtf8Input(const QString &file, QString *error)
+{
+    QFile input;
+    const bool opened = file == u"-" ? input.open(stdin, QIODevice::ReadOnly)
+                                     : (input.setFileName(file), input.open(QIODevice::ReadOnly));
+    if (!opened) {
+        *error = u"cannot read " + file + u": " + input.errorString();
+        return std::nullopt;
+    }
+    const QByteArray bytes = input.readAll();
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
+    QString text = decoder(bytes);
+    if (decoder.hasError()) {
+        *error = file + u" is not UTF-8 text";
+        return std::nullopt;
+    }
+    return text;
+}
+
+class Commands
+{
+public:
+    Commands(PromptLibrary &library, const CliArguments &args) : lib(library), args(args) {}
+
+    CliResult run()
+    {
+        static const QHash<QString, CliResult (Commands::*)()> table{
+            {QStringLiteral("projects"), &Commands::projects},
+            {QStringLiteral("sections"), &Commands::sections},
+            {QStringLiteral("list"), &Commands::list},
+            {QStringLiteral("search"), &Commands::search},
+            {QStringLiteral("show"), &Commands::show},
+            {QStringLiteral("vars"), &Commands::vars},
+            {QStringLiteral("fill"), &Commands::fill},
+            {QStringLiteral("new"), &Commands::newPrompt},
+            {QStringLiteral("pin"), &Commands::pin},
+            {QStringLiteral("unpin"), &Commands::unpin},
+            {QStringLiteral("move"), &Commands::move},
+            {QStringLiteral("trash"), &Commands::trash},
+            {QStringLiteral("project-new"), &Commands::projectNew},
+            {QStringLiteral("project-rename"), &Commands::projectRename},
+            {QStringLiteral("project-trash"), &Commands::projectTrash},
+        };
+        return std::invoke(table.value(args.command), this);
+    }
+
+private:
+    QString arg(int i) const { return args.positional.value(i); }
+
+    // Looks up the prompt named by positional argument i, or fails.
+    template<typename Fn>
+    CliResult withPrompt(int i, Fn fn)
+    {
+        const std::optional<Prompt> prompt = lib.prompt(arg(i));
+        return prompt ? fn(*prompt) : failure(u"no prompt with id " + quoted(arg(i)));
+    }
+
+    template<typename Fn>
+    CliResult withProject(const QString &name, Fn fn)
+    {
+        const std::optional<Project> project = lib.project(name);
+        return project ? fn(*project) : failure(u"no project named " + quoted(name));
+    }
+
+    CliResult projects()
+    {
+        if (args.json) {
+            QJsonArray array;
+            for (const Project &project : lib.projects())
+                array.append(JsonOutput::projectObject(project));
+            return success(JsonOutput::text(array));
+        }
+        QByteArray out;
+        for (const Project &project : lib.projects())
+            out += (project.name + u'\t' + QString::number(project.promptCount) + u'\n').toUtf8();
+        return success(out);
+    }
+
+    CliResult sections()
+    {
+        QStringList ids;
+        for (const SidebarSection &section : LibraryQueries::sidebarSections(lib))
+            ids.append(section.id());
+        return stringList(args, ids);
+    }
+
+    CliResult list()
+    {
+        if (args.hasFlag(QStringLiteral("--pinned")))
+            return promptList(args, LibraryQueries::pinnedPrompts(lib));
+        if (const std::optional<QString> name = args.option(QStringLiteral("--project"))) {
+            return withProject(*name, [&](const Project &project) {
+                return promptList(args, LibraryQueries::promptsInProject(lib, project.name));
+            });
+        }
+        return promptList(args, lib.prompts());
+    }
+
+    CliResult search() { return promptList(args, LibraryQueries::searchResults(lib.prompts(), arg(0))); }
+
+    CliResult show()
+    {
+        return withPrompt(0, [&](const Prompt &prompt) {
+            return success(args.json ? JsonOutput::text(JsonOutput::promptObject(prompt)) : prompt.body.toUtf8());
+        });
+    }
+
+    CliResult vars()
+    {
+        return withPrompt(0, [&](const Prompt &prompt) { return stringList(args, Variables::extract(prompt.body)); });
+    }
+
+    CliResult fill()
+    {
+        QHash<QString, QString> values;
+        for (const QString &assignment : args.options.value(QStringLiteral("--set"))) {
+            const qsizetype eq = assignment.indexOf(u'=');
+            if (eq <= 0)
+                return {2, {}, (u"vesk-cli: --set takes NAME=VALUE, not " + quoted(assignment) + u"\n\n"
+                                + cliUsage()).toUtf8()};
+            values.insert(assignment.left(eq), assignment.mid(eq + 1));
+        }
+        return withPrompt(0, [&](const Prompt &prompt) {
+            const QString filled = Variables::substitute(prompt.body, values);
+            return success(args.json ? JsonOutput::text(filled) : filled.toUtf8());
+        });
+    }
+
+    CliResult newPrompt()
+    {
+        std::optional<QString> body = args.option(QStringLiteral("--body"));
+        if (const std::optional<QString> file = args.option(QStringLiteral("--body-file"))) {
+            QString error;
+            body = readUtf8Input(*file, &error);
+            if (!body)
+                return failure(error);
+        }
+        const std::optional<QString> title = args.option(QStringLiteral("--title"));
+        const QString projectName =
+            args.option(QStringLiteral("--project")).value_or(VeskConst::inboxProjectName.toString());
+
+        return withProject(projectName, [&](const Project &project) {
+            const std::optional<Prompt> created = lib.createPrompt(project);
+            if (!created)
+                return failure(u"could not create a prompt in " + quoted(project.name));
+            if (!title && !body)
+                return line(created->id);
+
+            Prompt edited = *created;
+            if (title)
+                edited.frontMatter.title = *title;
+            // The blank line after the header belongs to the body, as in the editor.
+            if (body)
+                edited.body = u'\n' + *body;
+            const int failuresBefore = loggedLibraryFailures;
+            lib.save(edited);
+            if (loggedLibraryFailures != failuresBefore)
+                return failure(u"could not save " + quoted(edited.id));
+            return line(edited.id);
+        });
+    }
+
+    CliResult setPinned(bool pinned)
+    {
+        return withPrompt(0, [&](const Prompt &prompt) {
+            if (prompt.frontMatter.pinned == pinned)
+                return success();
+            Prompt edited = prompt;
+            edited.frontMatter.pinned = pinned;
+            const int failuresBefore = loggedLibraryFailures;
+            lib.save(edited);
+            if (loggedLibraryFailures != failuresBefore)
+                return failure(u"could not save " + quoted(prompt.id));
+            return success();
+        });
+    }
+    CliResult pin() { return setPinned(true); }
+    CliResult unpin() { return setPinned(false); }
+
+    CliResult move()
+    {
+        return withPrompt(0, [&](const Prompt &prompt) {
+            return withProject(arg(1), [&](const Project &target) {
+                const std::optional<Prompt> moved = lib.movePrompt(prompt, target);
+                return moved ? line(moved->id) : failure(u"could not move " + quoted(prompt.id) + u" to "
+                                                         + quoted(target.name));
+            });
+        });
+    }
+
+    CliResult trash()
+    {
+        return withPrompt(0, [&](const Prompt &prompt) {
+            lib.deletePrompt(prompt);
+            return lib.prompt(prompt.id) ? failure(u"could not move " + quoted(prompt.id) + u" to the Trash")
+                                         : success();
+        });
+    }
+
+    CliResult projectNew()
+    {
+        const std::optional<Project> project = lib.createProject(arg(0));
+        return project ? line(project->name) : failure(u"could not create the project " + quoted(arg(0)));
+    }
+
+    CliResult projectRename()
+    {
+        return withProject(arg(0), [&](const Project &project) {
+            const std::optional<Project> renamed = lib.renameProject(project, arg(1));
+            return renamed ? line(renamed->name)
+                           : failure(u"could not rename " + quoted(project.name) + u" to " + quoted(arg(1)));
+        });
+    }
+
+    CliResult projectTrash()
+    {
+        return withProject(arg(0), [&](const Project &project) {
+            lib.deleteProject(project);
+            return lib.project(project.name)
+                ? failure(u"could not move the project " + quoted(project.name) + u" to the Trash")
+                : success();
+        });
+    }
+
+    PromptLibrary &lib;
+    const CliArguments &args;
+};
+
+} // namespace
+
+CliResult runCliCommand(PromptLibrary &library, const CliArguments &arguments)
+{
+    static const bool handlerInstalled = [] {
+        previousMessageHandler = qInstallMessageHandler(countLibraryFailures);
+        return true;
+    }();
+    Q_UNUSED(handlerInstalled);
+    return Commands(library, arguments).run();
+}
+
+CliResult runCli(const QStringList &arguments)
+{
+    const CliParseResult parsed = parseCliArguments(arguments);
+    if (!parsed.arguments)
+        return {2, {}, (u"vesk-cli: " + parsed.error + u"\n\n" + cliUsage()).toUtf8()};
+    if (parsed.arguments->help)
+        return success(cliUsage().toUtf8());
+
+    const QUrl root = parsed.arguments->root.isEmpty()
+        ? VeskConst::defaultPromptsFolder()
+        : QUrl::fromLocalFile(QFileInfo(parsed.arguments->root).absoluteFilePath());
+    PromptLibrary library(root);
+    return runCliCommand(library, *parsed.arguments);
+}

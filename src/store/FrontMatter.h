@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Prompt.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+// The text format of a prompt file's header. Pure functions; no disk access.
+namespace FrontMatter {
+
+struct ParseResult
+{
+    QHash<QString, QString> matter; // raw key/value pairs, later keys win
+    QString body;
+};
+
+ParseResult parse(const QString &text);
+QStringList parseList(const QString &value);
+QString serialize(const PromptFrontMatter &matter);
+
+// The typed fields of a parsed header; unknown keys are dropped.
+PromptFrontMatter fromMatter(const QHash<QString, QString> &matter);
+
+} // namespace FrontMatter
+
+// Trims only spaces and tabs, as the file formats do (never line breaks).
+QStringView trimSpacesAndTabs(QStringView text);

@@ -1,0 +1,225 @@
+#include "PromptLibrary.h"
+
+#include "FileOps.h"
+#include "FrontMatter.h"
+#include "VeskConst.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QStringDecoder>
+
+namespace {
+
+std::optional<QString> readUtf8(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    // A byte-order mark is kept: such a file has no front matter.
+    QStringDecoder decoder(QStringConverter::Utf8,
+                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
+    QString text = decoder(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
+}
+
+std::optional<Prompt> loadPrompt(const QFileInfo &info, const QString &projectName)
+{
+    std::optional<QString> text = readUtf8(info.filePath());
+    if (!text)
+        return std::nullopt;
+    const QDateTime modified = info.lastModified();
+    FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
+
+    Prompt prompt;
+    prompt.id = projectName + u'/' + info.fileName();
+    prompt.projectName = projectName;
+    prompt.fileURL = QUrl::fromLocalFile(info.filePath());
+    prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
+    prompt.body = std::move(parsed.body);
+    prompt.modifiedAt = modified.isValid() ? modified.toUTC() : QDateTime::currentDateTimeUtc();
+    return prompt;
+}
+
+QString joinPath(const QString &folder, QStringView name)
+{
+    if (folder.endsWith(u'/'))
+        return folder + name;
+    return folder + u'/' + name;
+}
+
+} // namespace
+
+PromptLibrary::PromptLibrary(const QUrl &rootURL, QObject *parent)
+    : QObject(parent)
+    , m_rootURL(rootURL)
+{
+    ensureRoot();
+    reload();
+}
+
+void PromptLibrary::ensureRoot()
+{
+    QDir().mkpath(rootPath());
+    const QString inbox = joinPath(rootPath(), VeskConst::inboxProjectName);
+    const QFileInfo inboxInfo(inbox);
+    if (!inboxInfo.exists() && !inboxInfo.isSymLink())
+        QDir().mkpath(inbox);
+}
+
+std::optional<Prompt> PromptLibrary::prompt(const QString &id) const
+{
+    for (const Prompt &p : m_prompts) {
+        if (p.id == id)
+            return p;
+    }
+    return std::nullopt;
+}
+
+std::optional<Project> PromptLibrary::project(const QString &name) const
+{
+    for (const Project &p : m_projects) {
+        if (p.name == name)
+            return p;
+    }
+    return std::nullopt;
+}
+
+QString PromptLibrary::orderFilePath(QStringView orderFileName) const
+{
+    return joinPath(rootPath(), orderFileName);
+}
+
+void PromptLibrary::reload()
+{
+    const QString root = rootPath();
+    const QDir rootDir(root);
+    if (!rootDir.exists() || !rootDir.isReadable()) {
+        m_projects.clear();
+        Q_EMIT projectsChanged();
+        m_prompts.clear();
+        Q_EMIT promptsChanged();
+        Q_EMIT changed();
+        return;
+    }
+
+    QFileInfoList entries = rootDir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System,
+                                                  QDir::Unsorted);
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::stable_sort(entries.begin(), entries.end(), [&](const QFileInfo &a, const QFileInfo &b) {
+        return collator.compare(a.fileName(), b.fileName()) < 0;
+    });
+
+    QList<Project> projects;
+    QList<Prompt> prompts;
+    for (const QFileInfo &entry : std::as_const(entries)) {
+        // A symbolic link is not a folder of the library, even if it points at one.
+        if (!entry.isDir() || entry.isSymLink())
+            continue;
+        const QString name = entry.fileName();
+        QList<Prompt> loaded = loadPrompts(entry.filePath(), name);
+        projects.append({name, QUrl::fromLocalFile(entry.filePath()), int(loaded.size())});
+        prompts.append(std::move(loaded));
+    }
+
+    QStringList sectionOrder = readOrderFile(orderFilePath(sectionOrderFileName));
+    if (sectionOrder.isEmpty())
+        sectionOrder = readOrderFile(orderFilePath(legacyProjectsOrderFileName));
+    m_sectionOrder = std::move(sectionOrder);
+    Q_EMIT sectionOrderChanged();
+
+    m_pinnedOrder = readOrderFile(orderFilePath(pinnedOrderFileName));
+    Q_EMIT pinnedOrderChanged();
+
+    QHash<QString, QStringList> orderByProject;
+    for (const Project &project : std::as_const(projects))
+        orderByProject.insert(project.name, readOrderFile(joinPath(project.path(), promptOrderFileName)));
+    m_promptOrderByProject = std::move(orderByProject);
+    Q_EMIT promptOrderByProjectChanged();
+
+    m_projects = sortByOrder(projects, [](const Project &p) { return p.name; }, m_sectionOrder);
+    Q_EMIT projectsChanged();
+
+    std::stable_sort(prompts.begin(), prompts.end(), [](const Prompt &a, const Prompt &b) {
+        if (a.frontMatter.pinned != b.frontMatter.pinned)
+            return a.frontMatter.pinned;
+        return a.modifiedAt > b.modifiedAt;
+    });
+    m_prompts = std::move(prompts);
+    Q_EMIT promptsChanged();
+    Q_EMIT changed();
+}
+
+QList<Prompt> PromptLibrary::loadPrompts(const QString &folder, const QString &projectName) const
+{
+    QList<Prompt> prompts;
+    // Unsorted: the file system's own listing order breaks ties between equal dates.
+    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System);
+    while (it.hasNext()) {
+        it.next();
+        const QFileInfo info = it.fileInfo();
+        if (!VeskConst::isPromptFileName(info.fileName()))
+            continue;
+        if (std::optional<Prompt> prompt = loadPrompt(info, projectName))
+            prompts.append(std::move(*prompt));
+    }
+    return prompts;
+}
+
+void PromptLibrary::setPromptOrder(const QString &projectName, const QStringList &order)
+{
+    const std::optional<Project> target = project(projectName);
+    if (!target)
+        return;
+    writeOrderFile(joinPath(target->path(), promptOrderFileName), order);
+    reload();
+}
+
+QStringList PromptLibrary::readOrderFile(const QString &path)
+{
+    const std::optional<QString> text = readUtf8(path);
+    QStringList entries;
+    if (!text)
+        return entries;
+    // Lines end at a line feed that is not part of a CR LF pair: such a pair is
+    // one character, so a CR LF file reads as one entry that matches nothing.
+    qsizetype start = 0;
+    const qsizetype size = text->size();
+    for (qsizetype i = 0; i <= size; ++i) {
+        const bool lineEnd = i == size || (text->at(i) == u'\n' && (i == 0 || text->at(i - 1) != u'\r'));
+        if (!lineEnd)
+            continue;
+        const QStringView entry = trimSpacesAndTabs(QStringView(*text).sliced(start, i - start));
+        if (!entry.isEmpty())
+            entries.append(entry.toString());
+        start = i + 1;
+    }
+    return entries;
+}
+
+void PromptLibrary::writeOrderFile(const QString &path, const QStringList &lines)
+{
+    QString text;
+    for (const QString &line : lines) {
+        const QStringView entry = trimSpacesAndTabs(line);
+        if (!entry.isEmpty())
+            text += entry + u'\n';
+    }
+    if (text.isEmpty())
+        text = QStringLiteral("\n");
+    QString ignored;
+    FileOps::writeTextAtomically(path, text, &ignored);
+}
+
+void PromptLibrary::failOnDuplicateOrderKey(const QString &key)
+{
+    qFatal("Duplicate values for key: '%s'", qUtf8Printable(key));
+}

@@ -1,0 +1,144 @@
+// The operations of PromptLibrary that change the prompt folder.
+
+#include "PromptLibrary.h"
+
+#include "FileOps.h"
+#include "FrontMatter.h"
+#include "VeskConst.h"
+#include "platform/Trash.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFileInfo>
+#include <QUuid>
+
+namespace {
+
+void logFailure(const QString &line)
+{
+    qWarning().noquote() << line;
+}
+
+QString parentFolder(const QString &path)
+{
+    return QFileInfo(path).absolutePath();
+}
+
+QString trimmedOfWhitespace(const QString &text)
+{
+    return text.trimmed();
+}
+
+} // namespace
+
+QString PromptLibrary::sanitizeProjectName(const QString &name)
+{
+    QString sanitized = trimmedOfWhitespace(name);
+    sanitized.replace(u'/', u'-').replace(u':', u'-').replace(u'\\', u'-');
+    return sanitized.isEmpty() ? QStringLiteral("Untitled") : sanitized;
+}
+
+void PromptLibrary::save(const Prompt &prompt)
+{
+    // The blank line the writer puts after the header comes back as the
+    // body's first line feed; drop it so that save and load round-trip.
+    QStringView body = prompt.body;
+    if (body.startsWith(u'\n'))
+        body = body.sliced(1);
+    const QString text = FrontMatter::serialize(prompt.frontMatter) + u'\n' + body;
+
+    QString error;
+    if (!FileOps::writeTextAtomically(prompt.filePath(), text, &error))
+        logFailure(u"Vesk: save failed for " + prompt.id + u": " + error);
+    reload();
+}
+
+std::optional<Prompt> PromptLibrary::createPrompt(const Project &project)
+{
+    const QString fileName = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + u".md";
+    const QString text = FrontMatter::serialize(PromptFrontMatter{}) + u'\n';
+
+    QString error;
+    if (!FileOps::writeTextAtomically(project.path() + u'/' + fileName, text, &error)) {
+        logFailure(u"Vesk: create failed: " + error);
+        return std::nullopt;
+    }
+    reload();
+    return prompt(project.name + u'/' + fileName);
+}
+
+void PromptLibrary::deletePrompt(const Prompt &prompt)
+{
+    QString error;
+    if (!Trash::moveToTrash(prompt.filePath(), &error))
+        logFailure(u"Vesk: delete failed for " + prompt.id + u": " + error);
+    reload();
+}
+
+std::optional<Project> PromptLibrary::createProject(const QString &name)
+{
+    const QString sanitized = sanitizeProjectName(name);
+    const QString target = rootPath() + u'/' + sanitized;
+    if (FileOps::entryExists(target))
+        return project(sanitized);
+
+    QString error;
+    if (!FileOps::makeDirectory(target, &error)) {
+        logFailure(u"Vesk: createProject failed: " + error);
+        return std::nullopt;
+    }
+    reload();
+    return project(sanitized);
+}
+
+void PromptLibrary::deleteProject(const Project &project)
+{
+    QString error;
+    if (!Trash::moveToTrash(project.path(), &error))
+        logFailure(u"Vesk: deleteProject failed: " + error);
+    reload();
+}
+
+std::optional<Project> PromptLibrary::renameProject(const Project &project, const QString &newName)
+{
+    if (trimmedOfWhitespace(newName).isEmpty())
+        return std::nullopt;
+    if (project.name == VeskConst::inboxProjectName)
+        return std::nullopt;
+    const QString sanitized = sanitizeProjectName(newName);
+    if (sanitized == project.name)
+        return project;
+
+    const QString target = parentFolder(project.path()) + u'/' + sanitized;
+    if (FileOps::entryExists(target))
+        return std::nullopt;
+
+    QString error;
+    if (!FileOps::renameEntry(project.path(), target, &error)) {
+        logFailure(u"Vesk: renameProject failed: " + error);
+        return std::nullopt;
+    }
+    reload();
+    return this->project(sanitized);
+}
+
+std::optional<Prompt> PromptLibrary::movePrompt(const Prompt &prompt, const Project &target)
+{
+    if (prompt.projectName == target.name)
+        return prompt;
+
+    const QString fileName = prompt.fileName();
+    QString targetName = fileName;
+    // Numbered names always end in ".md", whatever the original extension.
+    const QString stem = QFileInfo(fileName).completeBaseName();
+    for (int counter = 2; FileOps::entryExists(target.path() + u'/' + targetName); ++counter)
+        targetName = stem + u' ' + QString::number(counter) + u".md";
+
+    QString error;
+    if (!FileOps::renameEntry(prompt.filePath(), target.path() + u'/' + targetName, &error)) {
+        logFailure(u"Vesk: move failed: " + error);
+        return std::nullopt;
+    }
+    reload();
+    return this->prompt(target.name + u'/' + targetName);
+}
