@@ -43,6 +43,7 @@ void TestQueries::search()
     write(path("Inbox/tagged.md"), "---\ntitle: T\ntags: [Refactor, x]\n---\n", at(3));
     write(path("Inbox/model.md"), "---\ntitle: M\nmodel: claude-opus\n---\n", at(2));
     write(path("Secret/other.md"), "---\ntitle: Ünïcode Title\n---\n", at(1));
+    write(path("Secret/kelvin.md"), "---\ntitle: K\n---\n4 \u212A", at(0)); // KELVIN SIGN lower-cases to k
     PromptLibrary library(QUrl::fromLocalFile(m_dir->path()));
     const QList<Prompt> &all = library.prompts();
 
@@ -58,6 +59,9 @@ void TestQueries::search()
     QVERIFY(LibraryQueries::searchResults(all, QStringLiteral("opus")).isEmpty());
     QVERIFY(LibraryQueries::searchResults(all, QStringLiteral("secret")).isEmpty());
     QCOMPARE(ids(LibraryQueries::searchResults(all, QStringLiteral("ÜNÏ"))), QStringList{"Secret/other.md"});
+    QCOMPARE(ids(LibraryQueries::searchResults(all, QStringLiteral("4 K"))), QStringList{"Secret/kelvin.md"});
+    QCOMPARE(ids(LibraryQueries::searchResults(all, QStringLiteral("Xt"))), QStringList{"Inbox/body.md"});
+    QVERIFY(LibraryQueries::searchResults(all, QStringLiteral("sömé")).isEmpty());
     // Library order, no ranking; one literal substring, not words.
     QCOMPARE(ids(LibraryQueries::searchResults(all, QStringLiteral("t"))),
              QStringList({"Inbox/body.md", "Inbox/blank.md", "Inbox/tagged.md", "Secret/other.md"}));

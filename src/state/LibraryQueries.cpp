@@ -3,6 +3,8 @@
 #include "PromptLibrary.h"
 #include "VeskConst.h"
 
+#include <optional>
+
 namespace LibraryQueries {
 
 bool isSearchQuery(const QString &query)
@@ -10,17 +12,77 @@ bool isSearchQuery(const QString &query)
     return !query.trimmed().isEmpty();
 }
 
+namespace {
+
+char16_t asciiLower(char16_t c)
+{
+    return (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c;
+}
+
+// Case-insensitive search of a lower-cased ASCII needle in ASCII text
+// (Boyer-Moore-Horspool). For ASCII, lower-casing is the whole of it.
+class AsciiNeedle
+{
+public:
+    explicit AsciiNeedle(QStringView needle) : m_needle(needle)
+    {
+        std::fill(std::begin(m_skip), std::end(m_skip), needle.size());
+        for (qsizetype j = 0; j + 1 < needle.size(); ++j)
+            m_skip[needle[j].unicode() & 0x7f] = needle.size() - 1 - j;
+    }
+
+    bool foundIn(QStringView text) const
+    {
+        const qsizetype m = m_needle.size();
+        const char16_t *hay = reinterpret_cast<const char16_t *>(text.utf16());
+        const char16_t *pattern = reinterpret_cast<const char16_t *>(m_needle.utf16());
+        for (qsizetype i = m - 1; i < text.size();) {
+            const char16_t last = asciiLower(hay[i]);
+            if (last == pattern[m - 1]) {
+                qsizetype j = m - 2;
+                while (j >= 0 && asciiLower(hay[i - (m - 1 - j)]) == pattern[j])
+                    --j;
+                if (j < 0)
+                    return true;
+            }
+            i += m_skip[last & 0x7f];
+        }
+        return false;
+    }
+
+private:
+    QStringView m_needle;
+    qsizetype m_skip[128];
+};
+
+// Whether `text`, lower-cased, contains `needle` (already lower-cased). ASCII
+// text, the common case, is searched in place without a lower-cased copy.
+bool containsLowercased(const QString &text, const QString &needle, const AsciiNeedle *asciiNeedle)
+{
+    if (QtPrivate::isAscii(text))
+        return asciiNeedle && asciiNeedle->foundIn(text);
+    return text.toLower().contains(needle);
+}
+
+} // namespace
+
 QList<Prompt> searchResults(const QList<Prompt> &prompts, const QString &query)
 {
     const QString needle = query.trimmed().toLower();
     QList<Prompt> results;
     if (needle.isEmpty())
         return results;
-    const auto matches = [&needle](const Prompt &prompt) {
-        if (prompt.displayTitle().toLower().contains(needle) || prompt.body.toLower().contains(needle))
+    // A non-ASCII needle cannot occur in lower-cased ASCII text.
+    std::optional<AsciiNeedle> ascii;
+    if (QtPrivate::isAscii(needle))
+        ascii.emplace(needle);
+    const AsciiNeedle *asciiNeedle = ascii ? &*ascii : nullptr;
+    const auto matches = [&](const Prompt &prompt) {
+        if (containsLowercased(prompt.displayTitle(), needle, asciiNeedle)
+            || containsLowercased(prompt.body, needle, asciiNeedle))
             return true;
         for (const QString &tag : prompt.frontMatter.tags) {
-            if (tag.toLower().contains(needle))
+            if (containsLowercased(tag, needle, asciiNeedle))
                 return true;
         }
         return false;
