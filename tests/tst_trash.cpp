@@ -89,9 +89,11 @@ void TestTrash::sameMount()
     checkTrashed(root + u"/Inbox/a.md", QStringLiteral("a.md"), "first");
 
     // The Trash is private to the user, as the desktop creates it.
-    struct stat st;
-    QCOMPARE(::stat(QFile::encodeName(trash() + u"/files").constData(), &st), 0);
-    QCOMPARE(st.st_mode & 0777, 0700u);
+    for (const QString &folder : {m_home->path() + u"/.local", trash(), trash() + u"/files"}) {
+        struct stat st;
+        QCOMPARE(::stat(QFile::encodeName(folder).constData(), &st), 0);
+        QCOMPARE(st.st_mode & 0777, 0700u);
+    }
 
     // A second item of the same name gets a name of its own.
     write(root + u"/Inbox/a.md", "second");

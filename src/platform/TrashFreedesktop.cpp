@@ -32,15 +32,19 @@ QString homeTrashPath()
     return QDir::cleanPath(dataHome + u"/Trash");
 }
 
+// Creates the folder and any missing parents as private to the user (0700),
+// as the desktop's base-directory rules ask for.
 bool makePrivateDirectory(const QString &path, QString *error)
 {
     if (QFileInfo(path).isDir())
         return true;
-    if (!QDir().mkpath(path)) {
-        *error = QStringLiteral("Could not create the Trash folder %1").arg(path);
+    const QString parent = QFileInfo(path).absolutePath();
+    if (parent != path && !makePrivateDirectory(parent, error))
+        return false;
+    if (::mkdir(QFile::encodeName(path).constData(), 0700) != 0 && !(errno == EEXIST && QFileInfo(path).isDir())) {
+        *error = QStringLiteral("Could not create %1: %2").arg(path, qt_error_string(errno));
         return false;
     }
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return true;
 }
 
