@@ -89,7 +89,7 @@ void TestTrash::sameMount()
     checkTrashed(root + u"/Inbox/a.md", QStringLiteral("a.md"), "first");
 
     // The Trash is private to the user, as the desktop creates it.
-    for (const QString &folder : {m_home->path() + u"/.local", trash(), trash() + u"/files"}) {
+    for (const QString &folder : QStringList{m_home->path() + u"/.local", trash(), trash() + u"/files"}) {
         struct stat st;
         QCOMPARE(::stat(QFile::encodeName(folder).constData(), &st), 0);
         QCOMPARE(st.st_mode & 0777, 0700u);
