@@ -1,0 +1,154 @@
+#include "AppState.h"
+
+#include "LibraryQueries.h"
+#include "ProjectNamePrompter.h"
+#include "PromptLibrary.h"
+#include "VeskConst.h"
+
+AppState::AppState(PromptLibrary *library, QObject *parent)
+    : QObject(parent)
+    , m_library(library)
+{
+    // The library's changes are ours: views observe AppState alone. The
+    // selection and a pending save are deliberately left alone on a reload.
+    connect(m_library, &PromptLibrary::changed, this, &AppState::changed);
+    m_saveTimer.setSingleShot(true);
+    m_saveTimer.setInterval(saveDelayMs);
+    connect(&m_saveTimer, &QTimer::timeout, this, &AppState::runScheduledSave);
+}
+
+void AppState::setSelectedPromptIDs(const QSet<QString> &ids)
+{
+    if (ids == m_selectedPromptIDs)
+        return;
+    m_selectedPromptIDs = ids;
+    Q_EMIT selectedPromptIDsChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setSearchQuery(const QString &query)
+{
+    if (query == m_searchQuery)
+        return;
+    m_searchQuery = query;
+    Q_EMIT searchQueryChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setPendingEditorFocusID(const std::optional<QString> &id)
+{
+    if (id == m_pendingEditorFocusID)
+        return;
+    m_pendingEditorFocusID = id;
+    Q_EMIT pendingEditorFocusIDChanged();
+    Q_EMIT changed();
+}
+
+bool AppState::isSearching() const
+{
+    return LibraryQueries::isSearchQuery(m_searchQuery);
+}
+
+QList<Prompt> AppState::searchResults() const
+{
+    return LibraryQueries::searchResults(m_library->prompts(), m_searchQuery);
+}
+
+QList<Prompt> AppState::pinnedPrompts() const
+{
+    return LibraryQueries::pinnedPrompts(*m_library);
+}
+
+QList<Prompt> AppState::promptsInProject(const QString &name) const
+{
+    return LibraryQueries::promptsInProject(*m_library, name);
+}
+
+QStringList AppState::selectedPromptIDsOnly() const
+{
+    // Section rows carry "@pinned" or a folder name, never a "/".
+    QStringList ids;
+    for (const QString &id : m_selectedPromptIDs) {
+        if (id.contains(u'/'))
+            ids.append(id);
+    }
+    return ids;
+}
+
+std::optional<Prompt> AppState::selectedPrompt() const
+{
+    const QStringList ids = selectedPromptIDsOnly();
+    if (ids.size() != 1)
+        return std::nullopt;
+    return m_library->prompt(ids.first());
+}
+
+QList<Prompt> AppState::selectedPrompts() const
+{
+    const QStringList idList = selectedPromptIDsOnly();
+    const QSet<QString> ids(idList.cbegin(), idList.cend());
+    QList<Prompt> prompts;
+    for (const Prompt &prompt : m_library->prompts()) {
+        if (ids.contains(prompt.id))
+            prompts.append(prompt);
+    }
+    return prompts;
+}
+
+void AppState::scheduleSave(const Prompt &prompt)
+{
+    m_pendingPrompt = prompt;
+    m_saveTimer.start(); // restarts the wait
+}
+
+void AppState::runScheduledSave()
+{
+    if (!m_pendingPrompt)
+        return;
+    const Prompt prompt = *std::exchange(m_pendingPrompt, std::nullopt);
+    m_library->save(prompt);
+}
+
+void AppState::flushPendingSave()
+{
+    if (!m_pendingPrompt)
+        return;
+    m_saveTimer.stop();
+    const Prompt prompt = *std::exchange(m_pendingPrompt, std::nullopt);
+    m_library->save(prompt);
+}
+
+void AppState::createNewPromptInRecent()
+{
+    const QList<Project> &projects = m_library->projects();
+    if (projects.isEmpty())
+        return;
+    const Project target = m_library->project(VeskConst::inboxProjectName.toString()).value_or(projects.first());
+
+    // An untouched blank prompt is reused rather than a second one made.
+    for (const Prompt &prompt : m_library->prompts()) {
+        if (prompt.projectName == target.name && prompt.frontMatter.title.trimmed().isEmpty()
+            && prompt.body.trimmed().isEmpty()) {
+            setSelectedPromptIDs({prompt.id});
+            setPendingEditorFocusID(prompt.id);
+            return;
+        }
+    }
+    if (const std::optional<Prompt> created = m_library->createPrompt(target)) {
+        setSelectedPromptIDs({created->id});
+        setPendingEditorFocusID(created->id);
+    }
+}
+
+void AppState::showNewProjectDialog()
+{
+    if (!m_projectNamePrompter)
+        return;
+    const std::optional<QString> answer = m_projectNamePrompter->askForProjectName();
+    if (!answer)
+        return;
+    const QString name = answer->trimmed();
+    if (name.isEmpty())
+        return;
+    m_library->createProject(name);
+}

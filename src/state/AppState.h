@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Prompt.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QSet>
+#include <QTimer>
+
+#include <optional>
+
+class PromptLibrary;
+class ProjectNamePrompter;
+
+// The state every view shares: the library, the sidebar selection, the search
+// query, and the delayed saving of edits. No view code; main thread only.
+class AppState : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int saveDelayMs = 400;
+
+    explicit AppState(PromptLibrary *library, QObject *parent = nullptr);
+
+    PromptLibrary *library() const { return m_library; }
+
+    const QSet<QString> &selectedPromptIDs() const { return m_selectedPromptIDs; }
+    void setSelectedPromptIDs(const QSet<QString> &ids);
+    const QString &searchQuery() const { return m_searchQuery; }
+    void setSearchQuery(const QString &query);
+    const std::optional<QString> &pendingEditorFocusID() const { return m_pendingEditorFocusID; }
+    void setPendingEditorFocusID(const std::optional<QString> &id);
+
+    // Derived afresh from the library on every call.
+    bool isSearching() const;
+    QList<Prompt> searchResults() const;
+    QList<Prompt> pinnedPrompts() const;
+    QList<Prompt> promptsInProject(const QString &name) const;
+    std::optional<Prompt> selectedPrompt() const;
+    QList<Prompt> selectedPrompts() const;
+
+    // Delayed saving: the last edit is written 400 ms after the last call.
+    void scheduleSave(const Prompt &prompt);
+    void flushPendingSave();
+    bool hasPendingSave() const { return m_pendingPrompt.has_value(); }
+
+    // Creation flows shared by the menus, the toolbar and the welcome screen.
+    void createNewPromptInRecent();
+    void showNewProjectDialog();
+    void setProjectNamePrompter(ProjectNamePrompter *prompter) { m_projectNamePrompter = prompter; }
+
+Q_SIGNALS:
+    // Any change of the library or of the fields below.
+    void changed();
+    void selectedPromptIDsChanged();
+    void searchQueryChanged();
+    void pendingEditorFocusIDChanged();
+
+private:
+    QStringList selectedPromptIDsOnly() const;
+    void runScheduledSave();
+
+    PromptLibrary *m_library;
+    QSet<QString> m_selectedPromptIDs;
+    QString m_searchQuery;
+    std::optional<QString> m_pendingEditorFocusID;
+    std::optional<Prompt> m_pendingPrompt;
+    QTimer m_saveTimer;
+    ProjectNamePrompter *m_projectNamePrompter = nullptr;
+};

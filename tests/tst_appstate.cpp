@@ -1,0 +1,235 @@
+#include "AppState.h"
+#include "ProjectNamePrompter.h"
+#include "PromptLibrary.h"
+#include "TestFiles.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+
+using TestFiles::at;
+using TestFiles::read;
+using TestFiles::write;
+
+namespace {
+
+class AnsweringPrompter : public ProjectNamePrompter
+{
+public:
+    std::optional<QString> answer;
+    int asked = 0;
+    std::optional<QString> askForProjectName() override
+    {
+        ++asked;
+        return answer;
+    }
+};
+
+QStringList ids(const QList<Prompt> &prompts)
+{
+    QStringList result;
+    for (const Prompt &p : prompts)
+        result.append(p.id);
+    return result;
+}
+
+} // namespace
+
+class TestAppState : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void debouncedSaveWritesOnceAfterTheLastEdit();
+    void laterPromptReplacesThePendingOne();
+    void flushWritesAtOnceAndCancelsTheTimer();
+    void createNewPromptReusesABlankOne();
+    void createNewPromptTarget();
+    void newProjectDialog();
+    void selectionRules();
+    void libraryChangesAreRelayed();
+
+private:
+    QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
+    Prompt prompt(const char *id) const { return *m_library->prompt(QString::fromUtf8(id)); }
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<PromptLibrary> m_library;
+    std::unique_ptr<AppState> m_state;
+};
+
+void TestAppState::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    write(path("Inbox/a.md"), "---\ntitle: A\n---\n\nbody a", at(2));
+    write(path("Work/b.md"), "---\ntitle: B\n---\n\nbody b", at(1));
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    m_state = std::make_unique<AppState>(m_library.get());
+}
+
+void TestAppState::debouncedSaveWritesOnceAfterTheLastEdit()
+{
+    QSignalSpy reloads(m_library.get(), &PromptLibrary::changed);
+    Prompt edited = prompt("Inbox/a.md");
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 1; i <= 3; ++i) {
+        edited.body = u"\nedit " + QString::number(i);
+        m_state->scheduleSave(edited);
+        if (i < 3)
+            QTest::qWait(100);
+    }
+    const qint64 lastCall = clock.elapsed();
+    QVERIFY(m_state->hasPendingSave());
+    QTest::qWait(300);
+    QCOMPARE(reloads.size(), 0); // not yet: 400 ms after the last call
+    QTRY_COMPARE_WITH_TIMEOUT(reloads.size(), 1, 2000);
+    QVERIFY(clock.elapsed() - lastCall >= AppState::saveDelayMs);
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\n---\n\nedit 3");
+    QVERIFY(!m_state->hasPendingSave());
+    QTest::qWait(500);
+    QCOMPARE(reloads.size(), 1);
+}
+
+void TestAppState::laterPromptReplacesThePendingOne()
+{
+    Prompt a = prompt("Inbox/a.md");
+    Prompt b = prompt("Work/b.md");
+    a.body = QStringLiteral("\nchanged a");
+    b.body = QStringLiteral("\nchanged b");
+    m_state->scheduleSave(a);
+    m_state->scheduleSave(b);
+    QTRY_COMPARE_WITH_TIMEOUT(read(path("Work/b.md")), QByteArray("---\ntitle: B\n---\n\nchanged b"), 2000);
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\n---\n\nbody a");
+}
+
+void TestAppState::flushWritesAtOnceAndCancelsTheTimer()
+{
+    QSignalSpy reloads(m_library.get(), &PromptLibrary::changed);
+    m_state->flushPendingSave(); // nothing pending: nothing happens
+    QCOMPARE(reloads.size(), 0);
+
+    Prompt a = prompt("Inbox/a.md");
+    a.frontMatter.title = QStringLiteral("Flushed");
+    m_state->scheduleSave(a);
+    m_state->flushPendingSave();
+    QCOMPARE(reloads.size(), 1);
+    QCOMPARE(m_library->prompt(a.id)->frontMatter.title, u"Flushed");
+
+    // The cancelled timer never writes again, even after the file changes.
+    write(path("Inbox/a.md"), "external edit");
+    QTest::qWait(600);
+    QCOMPARE(reloads.size(), 1);
+    QCOMPARE(read(path("Inbox/a.md")), "external edit");
+}
+
+void TestAppState::createNewPromptReusesABlankOne()
+{
+    write(path("Work/blank.md"), "---\ntitle:  \n---\n \n");
+    m_library->reload();
+    m_state->setSearchQuery(QStringLiteral("body"));
+    QSignalSpy focus(m_state.get(), &AppState::pendingEditorFocusIDChanged);
+
+    m_state->createNewPromptInRecent();
+    const QStringList inbox = QDir(path("Inbox")).entryList(QDir::Files);
+    QCOMPARE(inbox.size(), 2); // the blank one in Work is not reused
+    const QString createdId = *m_state->pendingEditorFocusID();
+    QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{createdId});
+    QVERIFY(createdId.startsWith(u"Inbox/"));
+    QCOMPARE(focus.size(), 1);
+
+    m_state->setPendingEditorFocusID(std::nullopt);
+    m_state->setSelectedPromptIDs({});
+    m_state->createNewPromptInRecent();
+    QCOMPARE(QDir(path("Inbox")).entryList(QDir::Files).size(), 2); // reused, not made again
+    QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{createdId});
+    QCOMPARE(m_state->pendingEditorFocusID(), createdId);
+    QCOMPARE(m_state->searchQuery(), u"body");
+}
+
+void TestAppState::createNewPromptTarget()
+{
+    // Without "Inbox", the first project in display order receives it.
+    QVERIFY(QDir(path("Inbox")).removeRecursively());
+    m_library->reload();
+    m_state->createNewPromptInRecent();
+    QCOMPARE(QDir(path("Work")).entryList(QDir::Files).size(), 2);
+
+    // A failed creation changes neither selection nor focus request.
+    Prompt made = *m_state->selectedPrompt();
+    made.frontMatter.title = QStringLiteral("no longer blank");
+    m_library->save(made);
+    m_state->setSelectedPromptIDs({QStringLiteral("Work/b.md")});
+    m_state->setPendingEditorFocusID(std::nullopt);
+    QVERIFY(QDir(path("Work")).removeRecursively());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^Vesk: create failed: ")));
+    m_state->createNewPromptInRecent();
+    QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{QStringLiteral("Work/b.md")});
+    QVERIFY(!m_state->pendingEditorFocusID());
+
+    // No projects: nothing happens.
+    QVERIFY(QDir(m_dir->path()).removeRecursively());
+    m_library->reload();
+    m_state->createNewPromptInRecent();
+    QVERIFY(!QFileInfo::exists(m_dir->path()));
+}
+
+void TestAppState::newProjectDialog()
+{
+    AnsweringPrompter prompter;
+    m_state->showNewProjectDialog(); // no prompter: nothing to ask
+    m_state->setProjectNamePrompter(&prompter);
+
+    prompter.answer = QStringLiteral("  Ideas\n");
+    m_state->showNewProjectDialog();
+    QVERIFY(m_library->project(QStringLiteral("Ideas")));
+    QVERIFY(m_state->selectedPromptIDs().isEmpty()); // not selected
+
+    const qsizetype projects = m_library->projects().size();
+    prompter.answer = QStringLiteral(" \n ");
+    m_state->showNewProjectDialog();
+    prompter.answer = std::nullopt; // Cancel
+    m_state->showNewProjectDialog();
+    QCOMPARE(m_library->projects().size(), projects);
+    QCOMPARE(prompter.asked, 3);
+}
+
+void TestAppState::selectionRules()
+{
+    write(path("Work/c.md"), "---\ntitle: C\n---\n", at(0));
+    m_library->reload();
+    QVERIFY(!m_state->selectedPrompt());
+
+    // A section id beside one prompt id still selects that prompt.
+    m_state->setSelectedPromptIDs({QStringLiteral("Work/b.md"), QStringLiteral("@pinned"), QStringLiteral("Work")});
+    QCOMPARE(m_state->selectedPrompt()->id, u"Work/b.md");
+
+    // Several prompts come in library order, whatever order they were picked in.
+    m_state->setSelectedPromptIDs({QStringLiteral("Work/c.md"), QStringLiteral("Inbox/a.md")});
+    QVERIFY(!m_state->selectedPrompt());
+    QCOMPARE(ids(m_state->selectedPrompts()), QStringList({"Inbox/a.md", "Work/c.md"}));
+
+    // A vanished prompt stays selected but no longer matches.
+    m_state->setSelectedPromptIDs({QStringLiteral("Work/c.md")});
+    QVERIFY(QFile::remove(path("Work/c.md")));
+    m_library->reload();
+    QVERIFY(!m_state->selectedPrompt());
+    QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{QStringLiteral("Work/c.md")});
+
+    m_state->setSearchQuery(QStringLiteral("  BODY B "));
+    QVERIFY(m_state->isSearching());
+    QCOMPARE(ids(m_state->searchResults()), QStringList{"Work/b.md"});
+}
+
+void TestAppState::libraryChangesAreRelayed()
+{
+    QSignalSpy changed(m_state.get(), &AppState::changed);
+    m_library->reload();
+    QCOMPARE(changed.size(), 1);
+    m_state->setSearchQuery(QStringLiteral("x"));
+    m_state->setSearchQuery(QStringLiteral("x")); // no change, no signal
+    m_state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
+    QCOMPARE(changed.size(), 3);
+}
+
+QTEST_GUILESS_MAIN(TestAppState)
+#include "tst_appstate.moc"
