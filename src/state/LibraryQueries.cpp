@@ -115,6 +115,20 @@ QList<Prompt> promptsInProject(const PromptLibrary &library, const QString &proj
                                       library.promptOrderByProject().value(projectName));
 }
 
+QHash<QString, QList<Prompt>> promptsByProject(const PromptLibrary &library)
+{
+    QHash<QString, QList<Prompt>> byProject;
+    for (const Prompt &prompt : library.prompts()) {
+        if (!prompt.frontMatter.pinned)
+            byProject[prompt.projectName].append(prompt);
+    }
+    for (auto it = byProject.begin(); it != byProject.end(); ++it) {
+        *it = PromptLibrary::sortByOrder(*it, [](const Prompt &p) { return p.fileName(); },
+                                         library.promptOrderByProject().value(it.key()));
+    }
+    return byProject;
+}
+
 QList<SidebarSection> sidebarSections(const PromptLibrary &library)
 {
     QList<SidebarSection> sections{SidebarSection::pinned()};

@@ -3,6 +3,7 @@
 #include "Prompt.h"
 #include "SidebarSection.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 
@@ -24,6 +25,9 @@ QList<Prompt> pinnedPrompts(const PromptLibrary &library);
 
 // A project's unpinned prompts in its manual order (keyed by file name).
 QList<Prompt> promptsInProject(const PromptLibrary &library, const QString &projectName);
+
+// promptsInProject for every loaded project at once, in one pass.
+QHash<QString, QList<Prompt>> promptsByProject(const PromptLibrary &library);
 
 // "Pinned", "Inbox", then the other projects, arranged by the section order.
 QList<SidebarSection> sidebarSections(const PromptLibrary &library);

@@ -1,0 +1,87 @@
+#include "SystemAppearance.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QPalette>
+#include <QStyle>
+#include <QStyleFactory>
+
+namespace SystemAppearance {
+
+namespace {
+
+QPalette darkPalette()
+{
+    QPalette p;
+    const QColor window(0x26, 0x27, 0x2b);
+    const QColor base(0x1e, 0x1f, 0x22);
+    const QColor text(0xe8, 0xe8, 0xea);
+    const QColor disabled(0x7a, 0x7b, 0x80);
+    p.setColor(QPalette::Window, window);
+    p.setColor(QPalette::WindowText, text);
+    p.setColor(QPalette::Base, base);
+    p.setColor(QPalette::AlternateBase, window);
+    p.setColor(QPalette::ToolTipBase, QColor(0x32, 0x33, 0x38));
+    p.setColor(QPalette::ToolTipText, text);
+    p.setColor(QPalette::PlaceholderText, disabled);
+    p.setColor(QPalette::Text, text);
+    p.setColor(QPalette::Button, QColor(0x33, 0x34, 0x39));
+    p.setColor(QPalette::ButtonText, text);
+    p.setColor(QPalette::BrightText, Qt::white);
+    p.setColor(QPalette::Light, QColor(0x45, 0x46, 0x4c));
+    p.setColor(QPalette::Midlight, QColor(0x3a, 0x3b, 0x40));
+    p.setColor(QPalette::Mid, QColor(0x2c, 0x2d, 0x31));
+    p.setColor(QPalette::Dark, QColor(0x17, 0x18, 0x1a));
+    p.setColor(QPalette::Shadow, Qt::black);
+    p.setColor(QPalette::Highlight, QColor(0x2f, 0x74, 0xd0));
+    p.setColor(QPalette::HighlightedText, Qt::white);
+    p.setColor(QPalette::Inactive, QPalette::Highlight, QColor(0x3d, 0x4a, 0x5c));
+    p.setColor(QPalette::Link, QColor(0x5a, 0x9c, 0xf0));
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        p.setColor(QPalette::Disabled, role, disabled);
+    return p;
+}
+
+QPalette lightPalette()
+{
+    QPalette p = QApplication::style()->standardPalette();
+    p.setColor(QPalette::Window, QColor(0xf3, 0xf3, 0xf5));
+    p.setColor(QPalette::Base, Qt::white);
+    p.setColor(QPalette::Highlight, QColor(0x2f, 0x74, 0xd0));
+    p.setColor(QPalette::HighlightedText, Qt::white);
+    p.setColor(QPalette::Inactive, QPalette::Highlight, QColor(0xd6, 0xdd, 0xe8));
+    p.setColor(QPalette::Inactive, QPalette::HighlightedText, QColor(0x20, 0x20, 0x24));
+    return p;
+}
+
+} // namespace
+
+bool systemIsDark()
+{
+    // org.freedesktop.appearance color-scheme: 1 means the user prefers dark.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("Read"));
+    call << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme");
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 300);
+    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
+        QVariant value = reply.arguments().first();
+        while (value.canConvert<QDBusVariant>())
+            value = value.value<QDBusVariant>().variant();
+        return value.toUInt() == 1;
+    }
+    const QByteArray gtkTheme = qgetenv("GTK_THEME").toLower();
+    return gtkTheme.contains("dark");
+}
+
+void apply(Scheme scheme)
+{
+    if (QApplication::style()->name().compare(QStringLiteral("fusion"), Qt::CaseInsensitive) != 0)
+        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    const bool dark = scheme == Scheme::Dark || (scheme == Scheme::System && systemIsDark());
+    QApplication::setPalette(dark ? darkPalette() : lightPalette());
+}
+
+} // namespace SystemAppearance

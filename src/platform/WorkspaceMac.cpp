@@ -1,0 +1,13 @@
+#include "Workspace.h"
+
+#include <QProcess>
+
+namespace Workspace {
+
+void revealInFileBrowser(const QString &path)
+{
+    // Finder opens a window with the item selected.
+    QProcess::startDetached(QStringLiteral("/usr/bin/open"), {QStringLiteral("-R"), path});
+}
+
+} // namespace Workspace

@@ -1,0 +1,348 @@
+#include "PromptDetailView.h"
+
+#include "AppState.h"
+#include "Clipboard.h"
+#include "PromptLibrary.h"
+#include "PromptText.h"
+#include "VariableFillSheet.h"
+#include "Variables.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+QString nativeShortcut(const QKeySequence &sequence)
+{
+    return sequence.toString(QKeySequence::NativeText);
+}
+
+const QKeySequence rawSequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
+
+
+} // namespace
+
+PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
+    : QWidget(parent)
+    , m_state(state)
+    , m_title(new QLineEdit(this))
+    , m_notice(new QLabel(this))
+    , m_pin(new QToolButton(this))
+    , m_copy(new QToolButton(this))
+    , m_raw(new QToolButton(this))
+    , m_editor(new QPlainTextEdit(this))
+    , m_variablesDivider(Theme::divider(this))
+    , m_variablesPanel(new QWidget(this))
+    , m_variablesIcon(new QLabel(m_variablesPanel))
+    , m_variablesCount(new QLabel(m_variablesPanel))
+    , m_variablesNames(new QLabel(m_variablesPanel))
+    , m_fillButton(new QPushButton(QStringLiteral("Fill && Copy"), m_variablesPanel))
+    , m_copyShortcut(new QShortcut(QKeySequence::Copy, this))
+    , m_rawShortcut(new QShortcut(rawSequence, this))
+{
+    setObjectName(QStringLiteral("promptDetail"));
+    auto *header = new QWidget(this);
+    header->setObjectName(QStringLiteral("detailHeader"));
+    header->setAutoFillBackground(true);
+    header->setBackgroundRole(QPalette::Window);
+    buildHeader(header);
+    buildVariablesPanel();
+
+    m_editor->setObjectName(QStringLiteral("bodyEditor"));
+    m_editor->setFont(Theme::monospaceFont(13));
+    m_editor->setFrameShape(QFrame::NoFrame);
+    m_editor->document()->setDocumentMargin(8);
+    m_editor->setTabChangesFocus(false);
+    m_editor->installEventFilter(this);
+    connect(m_editor, &QPlainTextEdit::textChanged, this, &PromptDetailView::editBody);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(header);
+    layout->addWidget(Theme::divider(this));
+    layout->addWidget(m_editor, 1);
+    layout->addWidget(m_variablesDivider);
+    layout->addWidget(m_variablesPanel);
+
+    // ⌘C copies the prompt unless a text field has a selection to copy; the
+    // fields themselves take the key first (see eventFilter).
+    m_copyShortcut->setContext(Qt::WindowShortcut);
+    connect(m_copyShortcut, &QShortcut::activated, this, &PromptDetailView::copyAction);
+    m_rawShortcut->setContext(Qt::WindowShortcut);
+    connect(m_rawShortcut, &QShortcut::activated, this, [this] {
+        if (!Variables::extract(m_draft.body).isEmpty())
+            copyTemplate();
+    });
+    updateIcons();
+}
+
+void PromptDetailView::buildHeader(QWidget *header)
+{
+    auto *row = new QHBoxLayout(header);
+    row->setContentsMargins(14, 10, 14, 10);
+    row->setSpacing(8);
+
+    m_title->setObjectName(QStringLiteral("titleField"));
+    m_title->setFrame(false);
+    m_title->setFont(Theme::font(17, QFont::DemiBold));
+    m_title->setPlaceholderText(QStringLiteral("Enter a description"));
+    m_title->setAttribute(Qt::WA_MacShowFocusRect, false);
+    m_title->installEventFilter(this);
+    QPalette titlePalette = m_title->palette();
+    titlePalette.setColor(QPalette::Base, Qt::transparent);
+    m_title->setPalette(titlePalette);
+    connect(m_title, &QLineEdit::textEdited, this, &PromptDetailView::editTitle);
+    connect(m_title, &QLineEdit::returnPressed, m_state, &AppState::flushPendingSave);
+
+    m_notice->setObjectName(QStringLiteral("notice"));
+    m_notice->setFont(Theme::font(11));
+    m_notice->hide();
+
+    for (QToolButton *button : {m_pin, m_copy, m_raw}) {
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::TabFocus);
+        button->setCursor(Qt::PointingHandCursor);
+    }
+    m_pin->setObjectName(QStringLiteral("pinButton"));
+    connect(m_pin, &QToolButton::clicked, this, &PromptDetailView::togglePin);
+    m_copy->setObjectName(QStringLiteral("copyButton"));
+    m_copy->setText(QStringLiteral("Copy"));
+    m_copy->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_copy->setFont(Theme::font(12));
+    connect(m_copy, &QToolButton::clicked, this, &PromptDetailView::copyAction);
+    m_raw->setObjectName(QStringLiteral("rawButton"));
+    m_raw->setText(QStringLiteral("Raw"));
+    m_raw->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_raw->setFont(Theme::font(12));
+    m_raw->setToolTip(u"Copy template with {{variables}} unfilled (" + nativeShortcut(rawSequence) + u")");
+    connect(m_raw, &QToolButton::clicked, this, &PromptDetailView::copyTemplate);
+
+    row->addWidget(m_title, 1);
+    row->addWidget(m_notice);
+    row->addWidget(m_pin);
+    row->addWidget(m_copy);
+    row->addWidget(m_raw);
+}
+
+void PromptDetailView::buildVariablesPanel()
+{
+    m_variablesPanel->setObjectName(QStringLiteral("variablesPanel"));
+    m_variablesPanel->setAutoFillBackground(true);
+    auto *row = new QHBoxLayout(m_variablesPanel);
+    row->setContentsMargins(14, 8, 14, 8);
+    row->setSpacing(6);
+    m_variablesCount->setFont(Theme::font(11, QFont::Medium));
+    auto *dot = new QLabel(QStringLiteral("·"), m_variablesPanel);
+    dot->setObjectName(QStringLiteral("dot"));
+    dot->setFont(Theme::font(11));
+    m_variablesNames->setFont(Theme::font(11));
+    m_variablesNames->setTextFormat(Qt::PlainText);
+    m_variablesNames->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_fillButton->setObjectName(QStringLiteral("fillButton"));
+    m_fillButton->setFont(Theme::font(11));
+    m_fillButton->setAutoDefault(false);
+    connect(m_fillButton, &QPushButton::clicked, this, &PromptDetailView::openFillSheet);
+    row->addWidget(m_variablesIcon);
+    row->addWidget(m_variablesCount);
+    row->addWidget(dot);
+    row->addWidget(m_variablesNames, 1);
+    row->addWidget(m_fillButton);
+}
+
+void PromptDetailView::setPrompt(const Prompt &prompt)
+{
+    if (prompt.id != m_draft.id) {
+        m_draft = prompt; // edits of the previous prompt already sit in the pending save
+        showDraft();
+        claimPendingFocusIfMatched();
+        return;
+    }
+    if (prompt.frontMatter != m_draft.frontMatter) {
+        m_draft.frontMatter = prompt.frontMatter;
+        if (m_title->text() != m_draft.frontMatter.title) {
+            const int cursor = m_title->cursorPosition();
+            m_showingDraft = true;
+            m_title->setText(m_draft.frontMatter.title);
+            m_title->setCursorPosition(std::min<int>(cursor, m_title->text().size()));
+            m_showingDraft = false;
+        }
+        updateChrome();
+    }
+    m_draft.fileURL = prompt.fileURL;
+    m_draft.modifiedAt = prompt.modifiedAt;
+}
+
+void PromptDetailView::showDraft()
+{
+    m_showingDraft = true;
+    m_title->setText(m_draft.frontMatter.title);
+    m_title->setCursorPosition(0);
+    m_editor->setPlainText(m_draft.body);
+    m_showingDraft = false;
+    updateChrome();
+}
+
+void PromptDetailView::editTitle(const QString &text)
+{
+    if (m_showingDraft)
+        return;
+    m_draft.frontMatter.title = text;
+    m_state->scheduleSave(m_draft);
+}
+
+void PromptDetailView::editBody()
+{
+    if (m_showingDraft)
+        return;
+    m_draft.body = m_editor->toPlainText();
+    m_state->scheduleSave(m_draft);
+    updateChrome();
+}
+
+void PromptDetailView::updateChrome()
+{
+    const bool pinned = m_draft.frontMatter.pinned;
+    m_pin->setToolTip(pinned ? QStringLiteral("Unpin") : QStringLiteral("Pin"));
+    const QStringList names = Variables::extract(m_draft.body);
+    const bool hasVariables = !names.isEmpty();
+    m_copy->setToolTip((hasVariables ? u"Fill variables and copy (" : u"Copy to clipboard (")
+                       + nativeShortcut(QKeySequence::Copy) + u")");
+    m_raw->setVisible(hasVariables);
+    m_variablesDivider->setVisible(hasVariables);
+    m_variablesPanel->setVisible(hasVariables);
+    if (hasVariables) {
+        m_variablesCount->setText(PromptText::counted(names.size(), QStringLiteral("variable")));
+        m_variablesNames->setText(names.join(u", "));
+    }
+    updateIcons();
+}
+
+void PromptDetailView::updateIcons()
+{
+    const QPalette &p = palette();
+    const bool pinned = m_draft.frontMatter.pinned;
+    m_pin->setIcon(Icons::icon(pinned ? QStringLiteral("pin.fill") : QStringLiteral("pin"),
+                               pinned ? Theme::accent(p) : Theme::secondaryText(p), 15));
+    m_copy->setIcon(Icons::icon(QStringLiteral("doc.on.clipboard"), Theme::primaryText(p), 14));
+    m_raw->setIcon(Icons::icon(QStringLiteral("doc.plaintext"), Theme::primaryText(p), 14));
+    m_variablesIcon->setPixmap(Icons::pixmap(QStringLiteral("curlybraces"), Theme::secondaryText(p), 12,
+                                             devicePixelRatioF()));
+
+    QPalette noticePalette = m_notice->palette();
+    noticePalette.setColor(QPalette::WindowText, Theme::noticeGreen(p));
+    m_notice->setPalette(noticePalette);
+    QPalette countPalette = m_variablesCount->palette();
+    countPalette.setColor(QPalette::WindowText, Theme::secondaryText(p));
+    m_variablesCount->setPalette(countPalette);
+    QPalette namesPalette = m_variablesNames->palette();
+    namesPalette.setColor(QPalette::WindowText, Theme::tertiaryText(p));
+    m_variablesNames->setPalette(namesPalette);
+    m_variablesPanel->findChild<QLabel *>(QStringLiteral("dot"))->setPalette(namesPalette);
+    QPalette panelPalette = m_variablesPanel->palette();
+    QColor panel = p.color(QPalette::Button);
+    panel.setAlphaF(0.4);
+    panelPalette.setColor(QPalette::Window, panel);
+    m_variablesPanel->setPalette(panelPalette);
+}
+
+void PromptDetailView::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        updateIcons();
+    QWidget::changeEvent(event);
+}
+
+bool PromptDetailView::eventFilter(QObject *watched, QEvent *event)
+{
+    // In a text field ⌘C copies the selection when there is one; otherwise
+    // it copies the prompt, as the Copy button does.
+    if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
+        auto *key = static_cast<QKeyEvent *>(event);
+        if (key->matches(QKeySequence::Copy)) {
+            const bool hasSelection = watched == m_title ? m_title->hasSelectedText()
+                                                         : m_editor->textCursor().hasSelection();
+            if (!hasSelection) {
+                if (event->type() == QEvent::KeyPress)
+                    copyAction();
+                event->accept();
+                return true;
+            }
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void PromptDetailView::copyAction()
+{
+    if (!Variables::extract(m_draft.body).isEmpty()) {
+        openFillSheet();
+        return;
+    }
+    Clipboard::writeText(m_draft.body);
+    notify(QStringLiteral("Copied"));
+}
+
+void PromptDetailView::copyTemplate()
+{
+    Clipboard::writeText(m_draft.body);
+    notify(QStringLiteral("Copied template"));
+}
+
+void PromptDetailView::openFillSheet()
+{
+    if (m_sheet)
+        return;
+    m_sheet = new VariableFillSheet(Variables::extract(m_draft.body), m_draft.body, this);
+    m_sheet->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_sheet, &VariableFillSheet::copyRequested, this, [this](const QString &filled) {
+        Clipboard::writeText(filled);
+        notify(QStringLiteral("Copied filled prompt"));
+    });
+    m_sheet->open();
+}
+
+void PromptDetailView::togglePin()
+{
+    // Saved at once; the draft follows when the library publishes the change.
+    Prompt copy = m_draft;
+    copy.frontMatter.pinned = !copy.frontMatter.pinned;
+    m_state->library()->save(copy);
+}
+
+void PromptDetailView::notify(const QString &notice)
+{
+    m_notice->setText(notice);
+    m_notice->show();
+    // Each notice schedules its own removal and none is cancelled, so a
+    // second notice within 1.6 s is cleared by the first one's timer.
+    QTimer::singleShot(noticeDurationMs, this, [this] {
+        m_notice->clear();
+        m_notice->hide();
+    });
+}
+
+void PromptDetailView::claimPendingFocusIfMatched()
+{
+    const std::optional<QString> pending = m_state->pendingEditorFocusID();
+    if (!pending || *pending != m_draft.id)
+        return;
+    m_state->setPendingEditorFocusID(std::nullopt);
+    // Next turn of the event loop: the editor is shown by then.
+    QTimer::singleShot(0, this, [this] {
+        m_editor->setFocus(Qt::OtherFocusReason);
+        m_editor->moveCursor(QTextCursor::End);
+    });
+}

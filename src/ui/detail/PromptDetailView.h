@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Prompt.h"
+#include "VariableFillSheet.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class AppState;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QShortcut;
+class QToolButton;
+class QPushButton;
+
+// The editor of one prompt: title, body, pin, copy. Every keystroke goes into
+// the draft and to AppState's delayed save; the library's reloads never
+// disturb typing (the body is only replaced when another prompt is shown).
+class PromptDetailView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int noticeDurationMs = 1600;
+
+    explicit PromptDetailView(AppState *state, QWidget *parent = nullptr);
+
+    // Shows `prompt`: a new id resets the draft; the same id only brings in a
+    // changed front matter (a pin toggled elsewhere), keeping body edits.
+    void setPrompt(const Prompt &prompt);
+    const Prompt &draft() const { return m_draft; }
+
+    void copyAction();
+    void copyTemplate();
+    void openFillSheet();
+    void togglePin();
+    void notify(const QString &notice);
+    void claimPendingFocusIfMatched();
+
+    QLineEdit *titleField() const { return m_title; }
+    QPlainTextEdit *editor() const { return m_editor; }
+    QLabel *noticeLabel() const { return m_notice; }
+    QToolButton *pinButton() const { return m_pin; }
+    QToolButton *copyButton() const { return m_copy; }
+    QToolButton *rawButton() const { return m_raw; }
+    QWidget *variablesPanel() const { return m_variablesPanel; }
+    QLabel *variablesCountLabel() const { return m_variablesCount; }
+    QPushButton *fillButton() const { return m_fillButton; }
+    VariableFillSheet *fillSheet() const { return m_sheet; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void buildHeader(QWidget *header);
+    void buildVariablesPanel();
+    void showDraft();
+    void updateChrome();
+    void updateIcons();
+    void editTitle(const QString &text);
+    void editBody();
+
+    AppState *m_state;
+    Prompt m_draft;
+    QLineEdit *m_title;
+    QLabel *m_notice;
+    QToolButton *m_pin;
+    QToolButton *m_copy;
+    QToolButton *m_raw;
+    QPlainTextEdit *m_editor;
+    QWidget *m_variablesDivider;
+    QWidget *m_variablesPanel;
+    QLabel *m_variablesIcon;
+    QLabel *m_variablesCount;
+    QLabel *m_variablesNames;
+    QPushButton *m_fillButton;
+    QShortcut *m_copyShortcut;
+    QShortcut *m_rawShortcut;
+    QPointer<VariableFillSheet> m_sheet;
+    bool m_showingDraft = false;
+};

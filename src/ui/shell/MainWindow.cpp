@@ -1,0 +1,258 @@
+#include "MainWindow.h"
+
+#include "AppState.h"
+#include "Placeholder.h"
+#include "PromptLibrary.h"
+#include "SearchResultsView.h"
+#include "WelcomeView.h"
+#include "platform/Workspace.h"
+#include "ui/detail/PromptDetailView.h"
+#include "ui/sidebar/SidebarView.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QSettings>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QToolBar>
+
+namespace {
+
+constexpr int sidebarMinimum = 240;
+constexpr int sidebarIdeal = 300;
+constexpr int sidebarMaximum = 420;
+const QString geometryKey = QStringLiteral("mainWindowGeometry");
+
+QString native(const QKeySequence &sequence)
+{
+    return sequence.toString(QKeySequence::NativeText);
+}
+
+} // namespace
+
+MainWindow::MainWindow(AppState *state, QWidget *parent)
+    : QMainWindow(parent)
+    , m_state(state)
+    , m_sidebar(new SidebarView(state, this))
+    , m_split(new QSplitter(Qt::Horizontal, this))
+    , m_detail(new QStackedWidget(this))
+    , m_searchResults(new SearchResultsView(state, this))
+    , m_welcome(new WelcomeView(state, this))
+    , m_promptDetail(new PromptDetailView(state, this))
+    , m_multi(new Placeholder(QStringLiteral("square.stack.3d.up"), 40, this))
+    , m_empty(new Placeholder(QStringLiteral("text.bubble"), 40, this))
+    , m_search(new QLineEdit(this))
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setWindowTitle(QString());
+    setWindowIcon(Icons::appIcon());
+    setMinimumSize(760, 520);
+    setUnifiedTitleAndToolBarOnMac(true);
+
+    m_empty->setTexts(QStringLiteral("Select a prompt"),
+                      u"Or press " + native(QKeySequence::New) + u" to create a new one");
+    for (QWidget *page : {static_cast<QWidget *>(m_searchResults), static_cast<QWidget *>(m_welcome),
+                          static_cast<QWidget *>(m_promptDetail), static_cast<QWidget *>(m_multi),
+                          static_cast<QWidget *>(m_empty)})
+        m_detail->addWidget(page);
+
+    m_sidebar->setMinimumWidth(sidebarMinimum);
+    m_sidebar->setMaximumWidth(sidebarMaximum);
+    // The detail area sits on the text background, the sidebar beside it.
+    m_detail->setAutoFillBackground(true);
+    m_detail->setBackgroundRole(QPalette::Base);
+    m_split->addWidget(m_sidebar);
+    m_split->addWidget(m_detail);
+    m_split->setStretchFactor(0, 0);
+    m_split->setStretchFactor(1, 1);
+    m_split->setChildrenCollapsible(false);
+    m_split->setHandleWidth(1);
+    m_split->setSizes({sidebarIdeal, 620});
+    setCentralWidget(m_split);
+
+    buildActions();
+    buildMenus();
+    buildToolbar();
+    updateIcons();
+
+    connect(m_state, &AppState::changed, this, &MainWindow::refresh);
+    connect(m_state, &AppState::selectedPromptIDsChanged, this, &MainWindow::leaveSearchOnSelection);
+    connect(m_search, &QLineEdit::textChanged, m_state, &AppState::setSearchQuery);
+    connect(m_state, &AppState::searchQueryChanged, this, [this] {
+        if (m_search->text() != m_state->searchQuery())
+            m_search->setText(m_state->searchQuery());
+    });
+
+    if (!restoreGeometry(QSettings().value(geometryKey).toByteArray()))
+        resize(920, 640);
+    refresh();
+}
+
+void MainWindow::buildActions()
+{
+    m_newPrompt = new QAction(QStringLiteral("New Prompt"), this);
+    m_newPrompt->setShortcut(QKeySequence::New);
+    connect(m_newPrompt, &QAction::triggered, m_state, &AppState::createNewPromptInRecent);
+
+    m_newProject = new QAction(QStringLiteral("New Project…"), this);
+    m_newProject->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+    connect(m_newProject, &QAction::triggered, m_state, &AppState::showNewProjectDialog);
+
+    m_reload = new QAction(QStringLiteral("Reload from Disk"), this);
+    m_reload->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
+    connect(m_reload, &QAction::triggered, this, [this] {
+        m_state->flushPendingSave();
+        m_state->library()->reload();
+    });
+
+    m_reveal = new QAction(QStringLiteral("Reveal Prompts Folder"), this);
+    connect(m_reveal, &QAction::triggered, this,
+            [this] { Workspace::revealInFileBrowser(m_state->library()->rootPath()); });
+
+    m_preferences = new QAction(QStringLiteral("Preferences…"), this);
+    m_preferences->setMenuRole(QAction::PreferencesRole);
+    m_preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    connect(m_preferences, &QAction::triggered, this, &MainWindow::preferencesRequested);
+
+    // The toolbar's buttons are never disabled, unlike the menu command.
+    m_toolbarNewPrompt = new QAction(u"New Prompt (" + native(QKeySequence::New) + u")", this);
+    connect(m_toolbarNewPrompt, &QAction::triggered, m_state, &AppState::createNewPromptInRecent);
+    m_toolbarNewProject = new QAction(
+        u"New Project (" + native(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N)) + u")", this);
+    connect(m_toolbarNewProject, &QAction::triggered, m_state, &AppState::showNewProjectDialog);
+    m_hideSidebar = new QAction(QStringLiteral("Hide Sidebar"), this);
+    connect(m_hideSidebar, &QAction::triggered, this, &MainWindow::hideSidebar);
+    m_showSidebar = new QAction(QStringLiteral("Show Sidebar"), this);
+    m_showSidebar->setVisible(false);
+    connect(m_showSidebar, &QAction::triggered, this, &MainWindow::showSidebar);
+}
+
+void MainWindow::buildMenus()
+{
+    QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
+    file->addAction(m_newPrompt);
+    file->addAction(m_newProject);
+    file->addSeparator();
+    file->addAction(m_reload);
+    file->addAction(m_reveal);
+    // On macOS the preferences role moves this into the application menu.
+    QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+    edit->addAction(m_preferences);
+}
+
+void MainWindow::buildToolbar()
+{
+    QToolBar *toolbar = addToolBar(QStringLiteral("Toolbar"));
+    toolbar->setObjectName(QStringLiteral("toolbar"));
+    toolbar->setMovable(false);
+    toolbar->setFloatable(false);
+    toolbar->setIconSize(QSize(18, 18));
+    toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
+    toolbar->addAction(m_toolbarNewProject);
+    toolbar->addAction(m_hideSidebar);
+    toolbar->addAction(m_showSidebar);
+    auto *spacer = new QWidget(toolbar);
+    spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    toolbar->addWidget(spacer);
+    m_search->setObjectName(QStringLiteral("searchField"));
+    m_search->setPlaceholderText(QStringLiteral("Search prompts…"));
+    m_search->setClearButtonEnabled(true);
+    m_search->setFixedWidth(260);
+    toolbar->addWidget(m_search);
+    toolbar->addAction(m_toolbarNewPrompt);
+    for (QAction *action : {m_toolbarNewProject, m_hideSidebar, m_showSidebar, m_toolbarNewPrompt})
+        action->setToolTip(action->text());
+}
+
+void MainWindow::updateIcons()
+{
+    const QColor tint = Theme::secondaryText(palette());
+    m_toolbarNewProject->setIcon(Icons::icon(QStringLiteral("folder.badge.plus"), tint, 18));
+    m_hideSidebar->setIcon(Icons::icon(QStringLiteral("sidebar.left"), tint, 18));
+    m_showSidebar->setIcon(Icons::icon(QStringLiteral("sidebar.left"), tint, 18));
+    m_toolbarNewPrompt->setIcon(Icons::icon(QStringLiteral("square.and.pencil"), tint, 18));
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        updateIcons();
+    QMainWindow::changeEvent(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    QSettings().setValue(geometryKey, saveGeometry());
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::hideSidebar()
+{
+    m_sidebar->hide();
+    m_showSidebar->setVisible(true);
+}
+
+void MainWindow::showSidebar()
+{
+    m_sidebar->show();
+    m_showSidebar->setVisible(false);
+}
+
+void MainWindow::leaveSearchOnSelection()
+{
+    // Picking a prompt (a search result or a sidebar row) ends the search.
+    if (!m_state->isSearching())
+        return;
+    for (const QString &id : m_state->selectedPromptIDs()) {
+        if (id.contains(u'/')) {
+            m_state->setSearchQuery({});
+            return;
+        }
+    }
+}
+
+MainWindow::Detail MainWindow::currentDetail() const
+{
+    QWidget *page = m_detail->currentWidget();
+    if (page == m_searchResults)
+        return Detail::SearchResults;
+    if (page == m_welcome)
+        return Detail::Welcome;
+    if (page == m_promptDetail)
+        return Detail::Prompt;
+    if (page == m_multi)
+        return Detail::MultiSelection;
+    return Detail::Empty;
+}
+
+void MainWindow::refresh()
+{
+    m_newPrompt->setEnabled(!m_state->library()->projects().isEmpty());
+
+    if (m_state->isSearching()) {
+        m_searchResults->setResults(m_state->searchResults());
+        m_detail->setCurrentWidget(m_searchResults);
+        return;
+    }
+    if (m_state->library()->prompts().isEmpty()) {
+        m_detail->setCurrentWidget(m_welcome);
+        return;
+    }
+    if (const std::optional<Prompt> selected = m_state->selectedPrompt()) {
+        m_promptDetail->setPrompt(*selected);
+        m_detail->setCurrentWidget(m_promptDetail);
+        return;
+    }
+    const qsizetype count = m_state->selectedPrompts().size();
+    if (count >= 2) {
+        m_multi->setTexts(QString::number(count) + u" prompts selected",
+                          QStringLiteral("Right-click for batch actions, or pick a single row to edit."));
+        m_detail->setCurrentWidget(m_multi);
+        return;
+    }
+    m_detail->setCurrentWidget(m_empty);
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QMainWindow>
+
+class AppState;
+class Placeholder;
+class Preferences;
+class PromptDetailView;
+class QAction;
+class QLineEdit;
+class QSplitter;
+class QStackedWidget;
+class SearchResultsView;
+class SidebarView;
+class WelcomeView;
+
+// The one window: the sidebar beside a detail area that shows search
+// results, the welcome screen, the prompt editor, a multi-selection summary
+// or an empty placeholder, chosen afresh on every change of AppState.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    enum class Detail { SearchResults, Welcome, Prompt, MultiSelection, Empty };
+
+    MainWindow(AppState *state, QWidget *parent = nullptr);
+
+    Detail currentDetail() const;
+    SidebarView *sidebar() const { return m_sidebar; }
+    PromptDetailView *promptDetail() const { return m_promptDetail; }
+    SearchResultsView *searchResults() const { return m_searchResults; }
+    WelcomeView *welcome() const { return m_welcome; }
+    Placeholder *multiSelection() const { return m_multi; }
+    QLineEdit *searchField() const { return m_search; }
+    QAction *newPromptAction() const { return m_newPrompt; }
+    QAction *newProjectAction() const { return m_newProject; }
+    QAction *reloadAction() const { return m_reload; }
+    QAction *revealAction() const { return m_reveal; }
+    QAction *preferencesAction() const { return m_preferences; }
+    QAction *hideSidebarAction() const { return m_hideSidebar; }
+    QAction *showSidebarAction() const { return m_showSidebar; }
+
+    void hideSidebar();
+    void showSidebar();
+
+Q_SIGNALS:
+    void preferencesRequested();
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildActions();
+    void buildMenus();
+    void buildToolbar();
+    void refresh();
+    void leaveSearchOnSelection();
+    void updateIcons();
+
+    AppState *m_state;
+    SidebarView *m_sidebar;
+    QSplitter *m_split;
+    QStackedWidget *m_detail;
+    SearchResultsView *m_searchResults;
+    WelcomeView *m_welcome;
+    PromptDetailView *m_promptDetail;
+    Placeholder *m_multi;
+    Placeholder *m_empty;
+    QLineEdit *m_search;
+    QAction *m_newPrompt = nullptr;
+    QAction *m_newProject = nullptr;
+    QAction *m_reload = nullptr;
+    QAction *m_reveal = nullptr;
+    QAction *m_preferences = nullptr;
+    QAction *m_hideSidebar = nullptr;
+    QAction *m_showSidebar = nullptr;
+    QAction *m_toolbarNewPrompt = nullptr;
+    QAction *m_toolbarNewProject = nullptr;
+};

@@ -1,0 +1,172 @@
+#include "SearchResultsView.h"
+
+#include "AppState.h"
+#include "Placeholder.h"
+#include "PromptText.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+
+#include <QListView>
+#include <QPainter>
+#include <QPainterPath>
+#include <QTextLayout>
+#include <QStyledItemDelegate>
+
+namespace {
+
+constexpr int rowHeight = 64;
+
+// Body first as the headline, the title under it; a pin for pinned prompts.
+class SearchResultDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const override
+    {
+        return {option.rect.width(), rowHeight};
+    }
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        const QPalette &p = option.palette;
+        const bool selected = option.state & QStyle::State_Selected;
+        const bool hovered = option.state & QStyle::State_MouseOver;
+        const QRect card = option.rect.adjusted(10, 2, -10, -2);
+        if (selected || hovered) {
+            QPainterPath path;
+            path.addRoundedRect(card, 8, 8);
+            QColor fill = selected ? Theme::accent(p) : p.color(QPalette::Midlight);
+            if (!selected)
+                fill.setAlphaF(0.35);
+            painter->fillPath(path, fill);
+        }
+        const auto color = [&](const QColor &c) { return selected ? p.color(QPalette::HighlightedText) : c; };
+
+        QRect text = card.adjusted(12, 6, -12, -6);
+        const bool pinned = index.data(SearchResultsModel::PinnedRole).toBool();
+        if (pinned) {
+            painter->drawPixmap(text.right() - 10, text.top() + 3,
+                                Icons::pixmap(QStringLiteral("pin.fill"), color(Theme::accent(p)), 10,
+                                              painter->device()->devicePixelRatioF()));
+            text.setRight(text.right() - 16);
+        }
+        const QString preview = index.data(SearchResultsModel::PreviewRole).toString();
+        const QString subtitle = index.data(SearchResultsModel::SubtitleRole).toString();
+        const QFont headlineFont = Theme::font(14, QFont::Medium);
+        painter->setFont(headlineFont);
+        const QFontMetrics metrics(headlineFont);
+        if (preview.isEmpty()) {
+            painter->setPen(color(Theme::secondaryText(p)));
+            painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
+                              metrics.elidedText(index.data().toString(), Qt::ElideRight, text.width()));
+        } else {
+            painter->setPen(color(Theme::primaryText(p)));
+            const int lines = subtitle.isEmpty() ? 2 : 1;
+            QRect headline(text.left(), text.top(), text.width(), metrics.height() * lines);
+            // At most two lines, the last one elided.
+            QTextLayout layout(preview, headlineFont);
+            layout.beginLayout();
+            int y = headline.top();
+            for (int i = 0; i < lines; ++i) {
+                QTextLine line = layout.createLine();
+                if (!line.isValid())
+                    break;
+                line.setLineWidth(text.width());
+                const QString piece = preview.mid(line.textStart(), line.textLength());
+                const bool last = i == lines - 1 && line.textStart() + line.textLength() < preview.size();
+                painter->drawText(QRect(text.left(), y, text.width(), metrics.height()), Qt::AlignLeft,
+                                  last ? metrics.elidedText(preview.mid(line.textStart()), Qt::ElideRight,
+                                                            text.width())
+                                       : piece);
+                y += metrics.height();
+            }
+            layout.endLayout();
+            if (!subtitle.isEmpty()) {
+                painter->setFont(Theme::font(12));
+                painter->setPen(color(Theme::tertiaryText(p)));
+                painter->drawText(QRect(text.left(), y + 3, text.width(), QFontMetrics(Theme::font(12)).height()),
+                                  Qt::AlignLeft,
+                                  QFontMetrics(Theme::font(12)).elidedText(subtitle, Qt::ElideRight, text.width()));
+            }
+        }
+        painter->restore();
+    }
+};
+
+} // namespace
+
+void SearchResultsModel::setResults(QList<Prompt> results)
+{
+    beginResetModel();
+    m_results = std::move(results);
+    endResetModel();
+}
+
+int SearchResultsModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_results.size());
+}
+
+QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= m_results.size())
+        return {};
+    const Prompt &prompt = m_results.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+        return prompt.displayTitle();
+    case PromptIdRole:
+        return prompt.id;
+    case PreviewRole:
+        return PromptText::preview(prompt.body, 200);
+    case SubtitleRole:
+        return prompt.frontMatter.title.trimmed();
+    case PinnedRole:
+        return prompt.frontMatter.pinned;
+    default:
+        return {};
+    }
+}
+
+SearchResultsView::SearchResultsView(AppState *state, QWidget *parent)
+    : QStackedWidget(parent)
+    , m_state(state)
+    , m_model(new SearchResultsModel(this))
+    , m_list(new QListView(this))
+{
+    setObjectName(QStringLiteral("searchResults"));
+    m_list->setModel(m_model);
+    m_list->setItemDelegate(new SearchResultDelegate(m_list));
+    m_list->setUniformItemSizes(true);
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setMouseTracking(true);
+    m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setSpacing(0);
+    m_list->setContentsMargins(0, 6, 0, 6);
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        QSet<QString> ids;
+        for (const QModelIndex &index : m_list->selectionModel()->selectedIndexes())
+            ids.insert(index.data(SearchResultsModel::PromptIdRole).toString());
+        if (ids.isEmpty())
+            return;
+        m_state->flushPendingSave();
+        m_state->setSelectedPromptIDs(ids);
+    });
+
+    auto *noMatches = new Placeholder(QStringLiteral("magnifyingglass"), 36, this);
+    noMatches->setTexts(QStringLiteral("No matches"),
+                        QStringLiteral("Try a different query — searches run across titles, bodies, and tags."));
+    m_noMatches = noMatches;
+    addWidget(m_list);
+    addWidget(m_noMatches);
+}
+
+void SearchResultsView::setResults(QList<Prompt> results)
+{
+    setCurrentWidget(results.isEmpty() ? m_noMatches : static_cast<QWidget *>(m_list));
+    m_model->setResults(std::move(results));
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Prompt.h"
+
+#include <QAbstractListModel>
+#include <QStackedWidget>
+
+class AppState;
+class QListView;
+
+// The results of a search, one row per prompt, in library order.
+class SearchResultsModel : public QAbstractListModel
+{
+    Q_OBJECT
+
+public:
+    enum Role { PromptIdRole = Qt::UserRole + 1, PreviewRole, SubtitleRole, PinnedRole };
+    using QAbstractListModel::QAbstractListModel;
+
+    void setResults(QList<Prompt> results);
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+
+private:
+    QList<Prompt> m_results;
+};
+
+// The detail area while searching: the results, or "No matches".
+class SearchResultsView : public QStackedWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SearchResultsView(AppState *state, QWidget *parent = nullptr);
+
+    void setResults(QList<Prompt> results);
+    QListView *list() const { return m_list; }
+    SearchResultsModel *model() const { return m_model; }
+
+private:
+    AppState *m_state;
+    SearchResultsModel *m_model;
+    QListView *m_list;
+    QWidget *m_noMatches;
+};

@@ -1,0 +1,127 @@
+#include "SettingsWindow.h"
+
+#include "Preferences.h"
+#include "platform/Accessibility.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/Theme.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+namespace {
+
+QWidget *sectionHeader(const QString &symbol, const QString &title, QWidget *parent)
+{
+    auto *row = new QWidget(parent);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(6);
+    auto *icon = new QLabel(row);
+    icon->setPixmap(Icons::pixmap(symbol, Theme::secondaryText(parent->palette()), 14, parent->devicePixelRatioF()));
+    auto *label = new QLabel(title, row);
+    label->setFont(Theme::font(13, QFont::DemiBold));
+    layout->addWidget(icon);
+    layout->addWidget(label);
+    layout->addStretch();
+    return row;
+}
+
+QLabel *note(const QString &text, QWidget *parent)
+{
+    auto *label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    label->setFont(Theme::font(11));
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, Theme::tertiaryText(palette));
+    label->setPalette(palette);
+    return label;
+}
+
+} // namespace
+
+SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
+    : QWidget(parent, Qt::Window)
+    , m_preferences(preferences)
+    , m_appearance(new QComboBox(this))
+    , m_handoff(new QButtonGroup(this))
+    , m_autoPaste(new QCheckBox(QStringLiteral("Paste into the app automatically"), this))
+{
+    setObjectName(QStringLiteral("settings"));
+    setWindowTitle(QStringLiteral("Settings"));
+    setFixedSize(520, 360);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(20, 16, 20, 16);
+    layout->setSpacing(10);
+
+    auto *appearanceBox = new QGroupBox(this);
+    auto *appearanceForm = new QFormLayout(appearanceBox);
+    for (const auto &[shown, stored] : {std::pair{"System", "system"}, {"Light", "light"}, {"Dark", "dark"},
+                                       {"Opposite", "opposite"}})
+        m_appearance->addItem(QString::fromLatin1(shown), QString::fromLatin1(stored));
+    appearanceForm->addRow(QStringLiteral("Appearance:"), m_appearance);
+    layout->addWidget(sectionHeader(QStringLiteral("paintbrush"), QStringLiteral("Appearance"), this));
+    layout->addWidget(appearanceBox);
+
+    auto *handoffBox = new QGroupBox(this);
+    auto *handoffForm = new QFormLayout(handoffBox);
+    auto *radios = new QHBoxLayout;
+    for (const auto &[shown, stored] : {std::pair{"Claude", "claude"}, {"ChatGPT", "chatgpt"}}) {
+        auto *radio = new QRadioButton(QString::fromLatin1(shown), handoffBox);
+        radio->setProperty("stored", QString::fromLatin1(stored));
+        m_handoff->addButton(radio);
+        radios->addWidget(radio);
+    }
+    radios->addStretch();
+    handoffForm->addRow(QStringLiteral("Hand off to:"), radios);
+    handoffForm->addRow(QString(), m_autoPaste);
+    layout->addWidget(sectionHeader(QStringLiteral("arrow.up.right.square"), QStringLiteral("Hand-off App"), this));
+    layout->addWidget(handoffBox);
+
+    const QString handoffKey = QKeySequence(Qt::CTRL | Qt::Key_Return).toString(QKeySequence::NativeText);
+    const QString pasteKey = QKeySequence(QKeySequence::Paste).toString(QKeySequence::NativeText);
+    layout->addWidget(note(u"The " + handoffKey + u" button copies the filled prompt and brings the chosen app to the "
+                           u"foreground. If the desktop app isn't installed, Vesk falls back to opening the web client.",
+                           this));
+    layout->addWidget(note(u"Auto-paste synthesizes a " + pasteKey + u" keystroke once the app is frontmost. "
+                               + Accessibility::permissionNote(),
+                           this));
+    layout->addStretch();
+
+    loadFromPreferences();
+    connect(m_appearance, &QComboBox::currentIndexChanged, this,
+            [this] { m_preferences->setAppearance(m_appearance->currentData().toString()); });
+    connect(m_handoff, &QButtonGroup::buttonClicked, this,
+            [this](QAbstractButton *button) { m_preferences->setHandoffApp(button->property("stored").toString()); });
+    connect(m_autoPaste, &QCheckBox::toggled, this, [this](bool on) {
+        m_preferences->setAutoPaste(on);
+        if (on)
+            Accessibility::requestTrustIfNeeded();
+    });
+}
+
+void SettingsWindow::showEvent(QShowEvent *event)
+{
+    loadFromPreferences();
+    QWidget::showEvent(event);
+}
+
+void SettingsWindow::loadFromPreferences()
+{
+    const QSignalBlocker blockAppearance(m_appearance);
+    const QSignalBlocker blockPaste(m_autoPaste);
+    const int appearance = m_appearance->findData(m_preferences->appearance());
+    m_appearance->setCurrentIndex(appearance < 0 ? 0 : appearance);
+    const QString handoff = m_preferences->handoffApp();
+    for (QAbstractButton *button : m_handoff->buttons())
+        button->setChecked(button->property("stored").toString() == handoff
+                           || (handoff != u"chatgpt" && button->property("stored").toString() == u"claude"));
+    m_autoPaste->setChecked(m_preferences->autoPaste());
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+
+class Preferences;
+class QButtonGroup;
+class QCheckBox;
+class QComboBox;
+
+// The settings window: appearance, hand-off target, auto-paste. Every change
+// is stored at once; there is no Apply.
+class SettingsWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SettingsWindow(Preferences *preferences, QWidget *parent = nullptr);
+
+    QComboBox *appearancePicker() const { return m_appearance; }
+    QButtonGroup *handoffPicker() const { return m_handoff; }
+    QCheckBox *autoPasteSwitch() const { return m_autoPaste; }
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void loadFromPreferences();
+
+    Preferences *m_preferences;
+    QComboBox *m_appearance;
+    QButtonGroup *m_handoff;
+    QCheckBox *m_autoPaste;
+};

@@ -1,0 +1,61 @@
+#include "VeskApplication.h"
+
+#include "AppState.h"
+#include "MainWindow.h"
+#include "NewProjectDialog.h"
+#include "Preferences.h"
+#include "PromptLibrary.h"
+#include "SettingsWindow.h"
+#include "platform/SystemAppearance.h"
+
+#include <QGuiApplication>
+#include <QUrl>
+
+VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
+    : QObject(parent)
+    , m_library(std::make_unique<PromptLibrary>(QUrl::fromLocalFile(rootPath)))
+    , m_state(std::make_unique<AppState>(m_library.get()))
+    , m_preferences(new Preferences(this))
+{
+    updateAppAppearance();
+    m_window = std::make_unique<MainWindow>(m_state.get());
+    m_prompter = std::make_unique<DialogProjectNamePrompter>(m_window.get());
+    m_state->setProjectNamePrompter(m_prompter.get());
+
+    connect(m_preferences, &Preferences::appearanceChanged, this, &VeskApplication::updateAppAppearance);
+    connect(m_window.get(), &MainWindow::preferencesRequested, this, [this] {
+        SettingsWindow *settings = settingsWindow();
+        settings->show();
+        settings->raise();
+        settings->activateWindow();
+    });
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState appState) {
+        if (appState == Qt::ApplicationActive)
+            reloadFromDisk();
+    });
+}
+
+VeskApplication::~VeskApplication()
+{
+    m_state->setProjectNamePrompter(nullptr);
+    delete m_settings;
+}
+
+SettingsWindow *VeskApplication::settingsWindow()
+{
+    if (!m_settings)
+        m_settings = new SettingsWindow(m_preferences);
+    return m_settings;
+}
+
+void VeskApplication::updateAppAppearance()
+{
+    // "opposite" reads the desktop's scheme at the moment of the call.
+    SystemAppearance::apply(schemeForAppearance(m_preferences->appearance(), SystemAppearance::systemIsDark()));
+}
+
+void VeskApplication::reloadFromDisk()
+{
+    m_state->flushPendingSave();
+    m_library->reload();
+}

@@ -1,0 +1,254 @@
+#include "SidebarModel.h"
+
+#include "AppState.h"
+#include "LibraryQueries.h"
+#include "PromptLibrary.h"
+#include "PromptText.h"
+#include "Variables.h"
+#include "VeskConst.h"
+
+#include <QKeySequence>
+#include <QSet>
+
+namespace {
+// Child rows carry their section's row + 1; header rows carry 0.
+constexpr quintptr headerId = 0;
+} // namespace
+
+SidebarModel::SidebarModel(AppState *state, QObject *parent)
+    : QAbstractItemModel(parent)
+    , m_state(state)
+{
+    m_sections = buildSections();
+    connect(state, &AppState::changed, this, &SidebarModel::refresh);
+}
+
+QList<SidebarModel::Section> SidebarModel::buildSections() const
+{
+    const PromptLibrary &library = *m_state->library();
+    const QHash<QString, QList<Prompt>> byProject = LibraryQueries::promptsByProject(library);
+    QList<Section> sections;
+    for (const SidebarSection &section : LibraryQueries::sidebarSections(library)) {
+        sections.append({section, section.isPinned() ? LibraryQueries::pinnedPrompts(library)
+                                                     : byProject.value(section.projectName())});
+    }
+    return sections;
+}
+
+bool SidebarModel::sameShape(const QList<Section> &a, const QList<Section> &b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (!(a[i].section == b[i].section) || a[i].prompts.size() != b[i].prompts.size())
+            return false;
+        for (qsizetype j = 0; j < a[i].prompts.size(); ++j) {
+            if (a[i].prompts[j].id != b[i].prompts[j].id)
+                return false;
+        }
+    }
+    return true;
+}
+
+bool SidebarModel::sameRowsInAnyOrder(const QList<Section> &a, const QList<Section> &b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (!(a[i].section == b[i].section) || a[i].prompts.size() != b[i].prompts.size())
+            return false;
+        QSet<QString> ids;
+        for (const Prompt &p : a[i].prompts)
+            ids.insert(p.id);
+        for (const Prompt &p : b[i].prompts) {
+            if (!ids.contains(p.id))
+                return false;
+        }
+    }
+    return true;
+}
+
+void SidebarModel::refresh()
+{
+    QList<Section> sections = buildSections();
+    if (sameShape(sections, m_sections)) {
+        updateInPlace(std::move(sections));
+    } else if (sameRowsInAnyOrder(sections, m_sections)) {
+        reorder(std::move(sections)); // a saved prompt moved up in its section
+    } else {
+        beginResetModel();
+        m_sections = std::move(sections);
+        endResetModel();
+    }
+}
+
+void SidebarModel::reorder(QList<Section> sections)
+{
+    Q_EMIT layoutAboutToBeChanged();
+    const QModelIndexList before = persistentIndexList();
+    QList<std::pair<int, QString>> keys; // section row, prompt id (empty for headers)
+    for (const QModelIndex &index : before) {
+        if (index.internalId() == headerId)
+            keys.append({index.row(), QString()});
+        else
+            keys.append({int(index.internalId() - 1), index.data(PromptIdRole).toString()});
+    }
+    m_sections = std::move(sections);
+    QModelIndexList after;
+    for (const auto &[sectionRow, promptId] : std::as_const(keys)) {
+        const QModelIndex header = index(sectionRow, 0);
+        after.append(promptId.isEmpty() ? header : promptIndex(promptId));
+    }
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged();
+}
+
+void SidebarModel::updateInPlace(QList<Section> sections)
+{
+    m_sections = std::move(sections);
+    for (int i = 0; i < m_sections.size(); ++i) {
+        const QModelIndex header = index(i, 0);
+        Q_EMIT dataChanged(header, header);
+        const int rows = rowCount(header);
+        if (rows > 0)
+            Q_EMIT dataChanged(index(0, 0, header), index(rows - 1, 0, header));
+    }
+}
+
+QModelIndex SidebarModel::index(int row, int column, const QModelIndex &parent) const
+{
+    if (column != 0 || row < 0 || row >= rowCount(parent))
+        return {};
+    return createIndex(row, 0, parent.isValid() ? quintptr(parent.row() + 1) : headerId);
+}
+
+QModelIndex SidebarModel::parent(const QModelIndex &child) const
+{
+    if (!child.isValid() || child.internalId() == headerId)
+        return {};
+    return createIndex(int(child.internalId() - 1), 0, headerId);
+}
+
+int SidebarModel::rowCount(const QModelIndex &parent) const
+{
+    if (!parent.isValid())
+        return int(m_sections.size());
+    if (parent.internalId() != headerId || parent.row() >= m_sections.size())
+        return 0;
+    return int(std::max<qsizetype>(1, m_sections[parent.row()].prompts.size())); // an empty row
+}
+
+int SidebarModel::columnCount(const QModelIndex &) const
+{
+    return 1;
+}
+
+SidebarModel::RowKind SidebarModel::kind(const QModelIndex &index)
+{
+    return RowKind(index.data(KindRole).toInt());
+}
+
+Qt::ItemFlags SidebarModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    switch (kind(index)) {
+    case RowKind::Prompt:
+        return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    case RowKind::Header:
+        return Qt::ItemIsEnabled;
+    case RowKind::Empty:
+        return Qt::NoItemFlags;
+    }
+    return Qt::NoItemFlags;
+}
+
+QVariant SidebarModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    if (index.internalId() == headerId) {
+        const Section &section = m_sections.at(index.row());
+        switch (role) {
+        case KindRole:
+            return int(RowKind::Header);
+        case Qt::DisplayRole:
+            return section.section.title();
+        case SectionIdRole:
+            return section.section.id();
+        default:
+            return {};
+        }
+    }
+
+    const Section &section = m_sections.at(int(index.internalId() - 1));
+    if (section.prompts.isEmpty()) {
+        switch (role) {
+        case KindRole:
+            return int(RowKind::Empty);
+        case Qt::DisplayRole:
+            if (section.section.isPinned())
+                return QStringLiteral("No pinned prompts");
+            if (section.section.projectName() == VeskConst::inboxProjectName)
+                return QStringLiteral("Press %1 to add a prompt").arg(
+                    QKeySequence(QKeySequence::New).toString(QKeySequence::NativeText));
+            return QStringLiteral("Empty");
+        case SectionIdRole:
+            return section.section.id();
+        default:
+            return {};
+        }
+    }
+    return promptData(section, section.prompts.at(index.row()), role);
+}
+
+QVariant SidebarModel::promptData(const Section &section, const Prompt &prompt, int role) const
+{
+    switch (role) {
+    case KindRole:
+        return int(RowKind::Prompt);
+    case PromptIdRole:
+        return prompt.id;
+    case SectionIdRole:
+        return section.section.id();
+    case PreviewRole:
+        return PromptText::preview(prompt.body, 120);
+    case TitleRole:
+        return prompt.frontMatter.title.trimmed();
+    case Qt::DisplayRole: {
+        const QString preview = PromptText::preview(prompt.body, 120);
+        return preview.isEmpty() ? prompt.displayTitle() : preview;
+    }
+    case Qt::ToolTipRole:
+        return prompt.displayTitle();
+    case ProjectLineRole:
+        if (!section.section.isPinned())
+            return {};
+        return QString(u"Located in ‘" + projectDisplayName(prompt.projectName) + u"’");
+    case VariableCountRole:
+        return int(Variables::extract(prompt.body).size());
+    default:
+        return {};
+    }
+}
+
+QModelIndex SidebarModel::sectionIndex(const QString &sectionId) const
+{
+    for (int i = 0; i < m_sections.size(); ++i) {
+        if (m_sections[i].section.id() == sectionId)
+            return index(i, 0);
+    }
+    return {};
+}
+
+QModelIndex SidebarModel::promptIndex(const QString &promptId) const
+{
+    for (int i = 0; i < m_sections.size(); ++i) {
+        const QList<Prompt> &prompts = m_sections[i].prompts;
+        for (int j = 0; j < prompts.size(); ++j) {
+            if (prompts[j].id == promptId)
+                return index(j, 0, index(i, 0));
+        }
+    }
+    return {};
+}

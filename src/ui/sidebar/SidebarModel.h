@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Prompt.h"
+#include "SidebarSection.h"
+
+#include <QAbstractItemModel>
+
+class AppState;
+
+// The sidebar as a two-level model: one top-level row per section (its
+// header), under it the section's prompts or one placeholder row. Rebuilt
+// from AppState on every change; when only contents change (the common
+// autosave case) rows are updated in place, so views keep their state.
+class SidebarModel : public QAbstractItemModel
+{
+    Q_OBJECT
+
+public:
+    enum class RowKind { Header, Prompt, Empty };
+    enum Role {
+        KindRole = Qt::UserRole + 1, // RowKind as int
+        PromptIdRole,                // prompt rows: the prompt's id
+        SectionIdRole,               // every row: its section's id
+        PreviewRole,                 // prompt rows: the body on one line, cut to 120
+        TitleRole,                   // prompt rows: the trimmed title
+        ProjectLineRole,             // prompt rows in the pinned section: "Located in ‘…’"
+        VariableCountRole,           // prompt rows: number of distinct variables
+    };
+
+    explicit SidebarModel(AppState *state, QObject *parent = nullptr);
+
+    QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
+    QModelIndex parent(const QModelIndex &child) const override;
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    QModelIndex sectionIndex(const QString &sectionId) const;
+    QModelIndex promptIndex(const QString &promptId) const;
+    static RowKind kind(const QModelIndex &index);
+
+    // Re-reads AppState; called on each of its changes.
+    void refresh();
+
+private:
+    struct Section
+    {
+        SidebarSection section;
+        QList<Prompt> prompts;
+    };
+    QList<Section> buildSections() const;
+    static bool sameShape(const QList<Section> &a, const QList<Section> &b);
+    static bool sameRowsInAnyOrder(const QList<Section> &a, const QList<Section> &b);
+    void updateInPlace(QList<Section> sections);
+    void reorder(QList<Section> sections);
+    QVariant promptData(const Section &section, const Prompt &prompt, int role) const;
+
+    AppState *m_state;
+    QList<Section> m_sections;
+};

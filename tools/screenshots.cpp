@@ -1,0 +1,134 @@
+// Renders the main states of the window to PNG files, for looking at them.
+//
+//   screenshots OUTPUT_DIR      (run with QT_QPA_PLATFORM=offscreen)
+
+#include "AppState.h"
+#include "DemoLibrary.h"
+#include "PromptLibrary.h"
+#include "ui/detail/PromptDetailView.h"
+#include "ui/shell/MainWindow.h"
+#include "ui/shell/Preferences.h"
+#include "ui/shell/SettingsWindow.h"
+#include "ui/shell/VeskApplication.h"
+#include "ui/sidebar/SidebarView.h"
+#include "ui/theme/Icons.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+QString outputDir;
+
+void settle()
+{
+    for (int i = 0; i < 5; ++i) {
+        QCoreApplication::processEvents();
+        QTest::qWait(20);
+    }
+}
+
+void save(QWidget *widget, const char *name)
+{
+    settle();
+    const QString path = outputDir + u'/' + QString::fromLatin1(name) + u".png";
+    widget->grab().save(path);
+    std::printf("%s\n", qPrintable(path));
+}
+
+// The window with a sheet centred over its upper part, as the desktop shows it.
+void saveWithSheet(QWidget *window, QWidget *sheet, const char *name)
+{
+    settle();
+    QPixmap canvas = window->grab();
+    QPainter painter(&canvas);
+    painter.fillRect(canvas.rect(), QColor(0, 0, 0, 60));
+    const QPixmap sheetPixmap = sheet->grab();
+    const qreal ratio = canvas.devicePixelRatio();
+    const QPointF at((canvas.width() / ratio - sheetPixmap.width() / sheetPixmap.devicePixelRatio()) / 2, 40);
+    painter.drawPixmap(at, sheetPixmap);
+    painter.end();
+    const QString path = outputDir + u'/' + QString::fromLatin1(name) + u".png";
+    canvas.save(path);
+    std::printf("%s\n", qPrintable(path));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("VeskScreenshots"));
+    QCoreApplication::setApplicationName(QStringLiteral("VeskScreenshots"));
+    outputDir = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("screenshots-out");
+    QDir().mkpath(outputDir);
+    QTemporaryDir settingsDir;
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
+
+    {
+        QTemporaryDir empty;
+        VeskApplication vesk(empty.path() + u"/prompts");
+        vesk.mainWindow()->resize(1000, 720);
+        vesk.mainWindow()->show();
+        save(vesk.mainWindow(), "welcome");
+    }
+
+    QTemporaryDir dir;
+    const QString root = dir.path() + u"/prompts";
+    writeDemoLibrary(root);
+    VeskApplication vesk(root);
+    MainWindow *window = vesk.mainWindow();
+    window->resize(1000, 720);
+    window->show();
+    save(window, "library");
+
+    vesk.state()->setSelectedPromptIDs({QStringLiteral("Code Review/review-pr.md")});
+    save(window, "editor-variables");
+
+    window->promptDetail()->openFillSheet();
+    settle();
+    VariableFillSheet *sheet = window->promptDetail()->fillSheet();
+    sheet->field(QStringLiteral("language"))->setPlainText(QStringLiteral("C++"));
+    sheet->field(QStringLiteral("audience"))->setPlainText(QStringLiteral("a junior engineer"));
+    saveWithSheet(window, sheet, "fill-sheet");
+    sheet->reject();
+
+    vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/standup.md"), QStringLiteral("Writing/email.md"),
+                                        QStringLiteral("Research/paper.md")});
+    save(window, "multi-selection");
+
+    vesk.state()->setSelectedPromptIDs({});
+    save(window, "empty-selection");
+
+    window->searchField()->setText(QStringLiteral("summar"));
+    save(window, "search-results");
+    window->searchField()->setText(QStringLiteral("zebra"));
+    save(window, "search-no-matches");
+    window->searchField()->clear();
+
+    SettingsWindow *settings = vesk.settingsWindow();
+    settings->show();
+    save(settings, "settings");
+    settings->hide();
+
+    vesk.preferences()->setAppearance(QStringLiteral("dark"));
+    vesk.state()->setSelectedPromptIDs({QStringLiteral("Code Review/review-pr.md")});
+    save(window, "dark-editor");
+    window->searchField()->setText(QStringLiteral("summar"));
+    save(window, "dark-search-results");
+    window->searchField()->clear();
+    settings->show();
+    save(settings, "dark-settings");
+    vesk.preferences()->setAppearance(QStringLiteral("system"));
+    return 0;
+}
