@@ -1,0 +1,207 @@
+#include "AppState.h"
+#include "PromptLibrary.h"
+#include "TestFiles.h"
+#include "ui/sidebar/SidebarModel.h"
+#include "ui/sidebar/SidebarView.h"
+
+#include <QAbstractItemModelTester>
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+
+using TestFiles::at;
+using TestFiles::write;
+using Kind = SidebarModel::RowKind;
+
+class TestSidebar : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void sectionsAndRows();
+    void emptyLibraryShowsOnlyPinned();
+    void reloadsKeepSelectionExpansionAndScroll();
+    void selectionIsAppStateAndFlushesFirst();
+    void searchHeader();
+
+private:
+    QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
+    QStringList rowTexts(const QModelIndex &parent) const;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<PromptLibrary> m_library;
+    std::unique_ptr<AppState> m_state;
+    const QAbstractItemModel *m_model = nullptr;
+};
+
+void TestSidebar::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_library.reset();
+    m_state.reset();
+}
+
+QStringList TestSidebar::rowTexts(const QModelIndex &parent) const
+{
+    QStringList texts;
+    const QAbstractItemModel *model = m_model;
+    for (int row = 0; row < model->rowCount(parent); ++row)
+        texts.append(model->index(row, 0, parent).data().toString());
+    return texts;
+}
+
+void TestSidebar::sectionsAndRows()
+{
+    const QString body121 = QString(121, u'x');
+    write(path("Inbox/long.md"), ("---\ntitle: Long\n---\n\n" + body121).toUtf8(), at(9));
+    write(path("Inbox/exact.md"), ("---\ntitle:\n---\n" + QString(120, u'y')).toUtf8(), at(8));
+    write(path("Inbox/blank.md"), "---\ntitle: \n---\n\n", at(7));
+    write(path("Work/pinned.md"), "---\ntitle: P\npinned: true\n---\n\nline one\nline two {{a}} {{b}} {{a}}", at(6));
+    QVERIFY(QDir().mkpath(path("Zeta")));
+    write(path(".vesk-sections-order"), "Work\n@pinned\n");
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    m_state = std::make_unique<AppState>(m_library.get());
+    SidebarModel model(m_state.get());
+    m_model = &model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+
+    QCOMPARE(rowTexts(QModelIndex()), QStringList({"Work", "Pinned", "Recent Prompts", "Zeta"}));
+    QCOMPARE(rowTexts(model.sectionIndex(QStringLiteral("Work"))), QStringList{"Empty"}); // its prompt is pinned
+    QCOMPARE(SidebarModel::kind(model.index(0, 0, model.sectionIndex(QStringLiteral("Work")))), Kind::Empty);
+    QVERIFY(!(model.flags(model.index(0, 0, model.sectionIndex(QStringLiteral("Work")))) & Qt::ItemIsSelectable));
+    QCOMPARE(rowTexts(model.sectionIndex(QStringLiteral("Inbox"))),
+             QStringList({QString(120, u'x') + u'…', QString(120, u'y'), "New prompt"}));
+
+    const QModelIndex pinned = model.promptIndex(QStringLiteral("Work/pinned.md"));
+    QCOMPARE(pinned.parent(), model.sectionIndex(QStringLiteral("@pinned")));
+    QCOMPARE(pinned.data(SidebarModel::PreviewRole).toString(), u"line one line two {{a}} {{b}} {{a}}");
+    QCOMPARE(pinned.data(SidebarModel::ProjectLineRole).toString(), u"Located in ‘Work’");
+    QCOMPARE(pinned.data(SidebarModel::VariableCountRole).toInt(), 2);
+    const QModelIndex blank = model.promptIndex(QStringLiteral("Inbox/blank.md"));
+    QVERIFY(blank.data(SidebarModel::PreviewRole).toString().isEmpty());
+    QVERIFY(blank.data(SidebarModel::TitleRole).toString().isEmpty());
+    QVERIFY(blank.data(SidebarModel::ProjectLineRole).isNull()); // project rows do not name their project
+
+    // Changes flow through the tester's checks: a new prompt, a removed one, a rename.
+    write(path("Zeta/new.md"), "new", at(20));
+    m_library->reload();
+    QCOMPARE(rowTexts(model.sectionIndex(QStringLiteral("Zeta"))), QStringList{"new"});
+    m_library->renameProject(*m_library->project(QStringLiteral("Zeta")), QStringLiteral("Alpha"));
+    QCOMPARE(rowTexts(QModelIndex()), QStringList({"Work", "Pinned", "Recent Prompts", "Alpha"}));
+}
+
+void TestSidebar::emptyLibraryShowsOnlyPinned()
+{
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    QVERIFY(QDir(m_dir->path()).removeRecursively());
+    m_library->reload();
+    m_state = std::make_unique<AppState>(m_library.get());
+    SidebarView view(m_state.get());
+    SidebarModel *model = view.model();
+    QCOMPARE(model->rowCount(), 1);
+    const QModelIndex pinned = model->index(0, 0);
+    QCOMPARE(pinned.data().toString(), u"Pinned");
+    QVERIFY(view.tree()->isExpanded(pinned));
+    QCOMPARE(model->index(0, 0, pinned).data().toString(), u"No pinned prompts");
+}
+
+void TestSidebar::reloadsKeepSelectionExpansionAndScroll()
+{
+    for (int i = 0; i < 60; ++i)
+        write(path(QStringLiteral("Work/p%1.md").arg(i, 2, 10, QLatin1Char('0'))), "body", at(100 - i));
+    write(path("Inbox/a.md"), "a", at(0));
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    m_state = std::make_unique<AppState>(m_library.get());
+    SidebarView view(m_state.get());
+    view.resize(300, 400);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QAbstractItemModelTester tester(view.model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+
+    view.setSectionExpanded(QStringLiteral("Inbox"), false);
+    m_state->setSelectedPromptIDs({QStringLiteral("Work/p30.md")});
+    view.tree()->scrollTo(view.model()->promptIndex(QStringLiteral("Work/p30.md")));
+    QCoreApplication::processEvents();
+    const int scroll = view.tree()->verticalScrollBar()->value();
+    QVERIFY(scroll > 0);
+    const auto selectedIds = [&] {
+        QStringList ids;
+        for (const QModelIndex &index : view.tree()->selectionModel()->selectedIndexes())
+            ids.append(index.data(SidebarModel::PromptIdRole).toString());
+        return ids;
+    };
+
+    // An autosave moves the saved prompt to the top of its section (a reorder).
+    Prompt edited = *m_library->prompt(QStringLiteral("Work/p30.md"));
+    edited.body = QStringLiteral("edited");
+    m_library->save(edited);
+    QCOMPARE(view.model()->promptIndex(QStringLiteral("Work/p30.md")).row(), 0);
+    QCOMPARE(selectedIds(), QStringList{"Work/p30.md"});
+    QCOMPARE(view.tree()->verticalScrollBar()->value(), scroll);
+
+    // A new file (a reset): expansion, selection and scroll all come back.
+    write(path("Work/zz.md"), "z", at(-50));
+    m_library->reload();
+    QCoreApplication::processEvents();
+    QCOMPARE(selectedIds(), QStringList{"Work/p30.md"});
+    QVERIFY(!view.tree()->isExpanded(view.model()->sectionIndex(QStringLiteral("Inbox"))));
+    QVERIFY(view.tree()->isExpanded(view.model()->sectionIndex(QStringLiteral("Work"))));
+    QCOMPARE(view.tree()->verticalScrollBar()->value(), scroll);
+}
+
+void TestSidebar::selectionIsAppStateAndFlushesFirst()
+{
+    write(path("Inbox/a.md"), "---\ntitle: A\n---\n", at(2));
+    write(path("Inbox/b.md"), "---\ntitle: B\n---\n", at(1));
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    m_state = std::make_unique<AppState>(m_library.get());
+    SidebarView view(m_state.get());
+    view.show();
+
+    Prompt a = *m_library->prompt(QStringLiteral("Inbox/a.md"));
+    a.body = QStringLiteral("\npending edit");
+    m_state->scheduleSave(a);
+    const QModelIndex b = view.model()->promptIndex(QStringLiteral("Inbox/b.md"));
+    view.tree()->selectionModel()->select(b, QItemSelectionModel::ClearAndSelect);
+    QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{QStringLiteral("Inbox/b.md")});
+    QVERIFY(!m_state->hasPendingSave());
+    QCOMPARE(TestFiles::read(path("Inbox/a.md")), "---\ntitle: A\n---\n\npending edit");
+
+    // Headers toggle their section and never join the selection.
+    const QModelIndex header = view.model()->sectionIndex(QStringLiteral("Inbox"));
+    QVERIFY(!(view.model()->flags(header) & Qt::ItemIsSelectable));
+    QTest::mouseClick(view.tree()->viewport(), Qt::LeftButton, {}, view.tree()->visualRect(header).center());
+    QVERIFY(!view.tree()->isExpanded(header));
+    QVERIFY(!view.isSectionExpanded(QStringLiteral("Inbox")));
+
+    // The state's selection shows in the tree.
+    m_state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md"), QStringLiteral("Inbox/b.md")});
+    QCOMPARE(view.tree()->selectionModel()->selectedIndexes().size(), 2);
+}
+
+void TestSidebar::searchHeader()
+{
+    write(path("Inbox/a.md"), "apple", at(2));
+    write(path("Inbox/b.md"), "apricot", at(1));
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    m_state = std::make_unique<AppState>(m_library.get());
+    SidebarView view(m_state.get());
+    view.show();
+    QVERIFY(view.searchHeader()->isHidden());
+
+    const auto summary = [&] { return view.searchHeader()->findChild<QLabel *>()->text(); };
+    m_state->setSearchQuery(QStringLiteral("ap"));
+    QVERIFY(view.searchHeader()->isVisible());
+    QCOMPARE(summary(), u"2 results for “ap”");
+    m_state->setSearchQuery(QStringLiteral("apple"));
+    QCOMPARE(summary(), u"1 result for “apple”");
+    m_state->setSearchQuery(QStringLiteral("kiwi"));
+    QCOMPARE(summary(), u"No results for “kiwi”");
+    view.searchHeader()->findChild<QPushButton *>()->click();
+    QCOMPARE(m_state->searchQuery(), QString());
+    QVERIFY(view.searchHeader()->isHidden());
+}
+
+QTEST_MAIN(TestSidebar)
+#include "tst_sidebar.moc"
