@@ -87,6 +87,15 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
             copyTemplate();
     });
     updateIcons();
+
+    // A creation flow may ask for focus after this view already shows its prompt.
+    connect(m_state, &AppState::pendingEditorFocusIDChanged, this, &PromptDetailView::claimPendingFocusIfMatched);
+}
+
+void PromptDetailView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    claimPendingFocusIfMatched();
 }
 
 void PromptDetailView::buildHeader(QWidget *header)
@@ -337,7 +346,7 @@ void PromptDetailView::notify(const QString &notice)
 void PromptDetailView::claimPendingFocusIfMatched()
 {
     const std::optional<QString> pending = m_state->pendingEditorFocusID();
-    if (!pending || *pending != m_draft.id)
+    if (!pending || *pending != m_draft.id || !isVisible())
         return;
     m_state->setPendingEditorFocusID(std::nullopt);
     // Next turn of the event loop: the editor is shown by then.

@@ -1,0 +1,211 @@
+#include "AppState.h"
+#include "ProjectNamePrompter.h"
+#include "PromptLibrary.h"
+#include "TestFiles.h"
+#include "ui/detail/PromptDetailView.h"
+#include "ui/shell/MainWindow.h"
+#include "ui/shell/Placeholder.h"
+#include "ui/shell/Preferences.h"
+#include "ui/shell/SearchResultsView.h"
+#include "ui/shell/SettingsWindow.h"
+#include "ui/shell/VeskApplication.h"
+#include "ui/sidebar/SidebarView.h"
+
+#include <QAction>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListView>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QSettings>
+
+using TestFiles::at;
+using TestFiles::write;
+using Detail = MainWindow::Detail;
+using Scheme = SystemAppearance::Scheme;
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void detailChoice();
+    void searchResultsAndLeavingASearch();
+    void commandsAndSidebarButtons();
+    void reloadWritesThePendingEditFirst();
+    void appearanceResolution();
+    void settingsStoreUnderTheirKeys();
+
+private:
+    QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QTemporaryDir m_settingsDir;
+    std::unique_ptr<VeskApplication> m_app;
+};
+
+void TestMainWindow::initTestCase()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("VeskTests"));
+    QCoreApplication::setApplicationName(QStringLiteral("VeskTests"));
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
+}
+
+void TestMainWindow::init()
+{
+    QSettings().clear();
+    m_dir = std::make_unique<QTemporaryDir>();
+    write(path("prompts/Inbox/a.md"), "---\ntitle: Alpha\n---\n\napple pie", at(3));
+    write(path("prompts/Inbox/b.md"), "---\ntitle: Beta\npinned: true\n---\n\nbanana", at(2));
+    write(path("prompts/Work/blank.md"), "---\ntitle: \n---\n\n", at(1));
+    m_app = std::make_unique<VeskApplication>(path("prompts"));
+    m_app->mainWindow()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_app->mainWindow()));
+}
+
+void TestMainWindow::cleanup()
+{
+    m_app.reset();
+}
+
+void TestMainWindow::detailChoice()
+{
+    MainWindow *window = m_app->mainWindow();
+    AppState *state = m_app->state();
+    QCOMPARE(window->currentDetail(), Detail::Empty);
+
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md"), QStringLiteral("Inbox")});
+    QCOMPARE(window->currentDetail(), Detail::Prompt);
+    QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md"), QStringLiteral("Inbox/b.md")});
+    QCOMPARE(window->currentDetail(), Detail::MultiSelection);
+    QCOMPARE(window->multiSelection()->headline(), u"2 prompts selected");
+
+    // Searching wins over a selection; clearing the query brings it back.
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
+    window->searchField()->setText(QStringLiteral("banana"));
+    QCOMPARE(state->searchQuery(), u"banana");
+    QCOMPARE(window->currentDetail(), Detail::SearchResults);
+    window->searchField()->clear();
+    QCOMPARE(window->currentDetail(), Detail::Prompt);
+
+    // No prompts: the welcome screen, unless a search is on.
+    for (const char *file : {"Inbox/a.md", "Inbox/b.md", "Work/blank.md"})
+        QVERIFY(QFile::remove(path(QStringLiteral("prompts/") + QString::fromLatin1(file))));
+    m_app->library()->reload();
+    QCOMPARE(window->currentDetail(), Detail::Welcome);
+    state->setSearchQuery(QStringLiteral("x"));
+    QCOMPARE(window->currentDetail(), Detail::SearchResults);
+    QCOMPARE(window->searchResults()->currentWidget() == window->searchResults()->list(), false);
+}
+
+void TestMainWindow::searchResultsAndLeavingASearch()
+{
+    MainWindow *window = m_app->mainWindow();
+    AppState *state = m_app->state();
+    window->searchField()->setText(QStringLiteral("e"));
+    SearchResultsModel *results = window->searchResults()->model();
+    QCOMPARE(results->rowCount(), 3); // library order: pinned first, then newest
+    QCOMPARE(results->index(0).data(SearchResultsModel::PromptIdRole).toString(), u"Inbox/b.md");
+    QCOMPARE(results->index(0).data(SearchResultsModel::PinnedRole).toBool(), true);
+    QCOMPARE(results->index(2).data(SearchResultsModel::PreviewRole).toString(), QString());
+    QCOMPARE(results->index(2).data().toString(), u"New prompt");
+
+    // A section row in the selection leaves the search alone; a prompt ends it.
+    state->setSelectedPromptIDs({QStringLiteral("Inbox")});
+    QVERIFY(state->isSearching());
+    window->searchResults()->list()->selectionModel()->select(results->index(1), QItemSelectionModel::ClearAndSelect);
+    QCOMPARE(state->searchQuery(), QString());
+    QCOMPARE(window->searchField()->text(), QString());
+    QCOMPARE(window->currentDetail(), Detail::Prompt);
+    QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+}
+
+void TestMainWindow::commandsAndSidebarButtons()
+{
+    MainWindow *window = m_app->mainWindow();
+    QVERIFY(window->newPromptAction()->isEnabled());
+    QCOMPARE(window->newPromptAction()->shortcut(), QKeySequence(QKeySequence::New));
+
+    // The blank prompt in Work is not reused; a new one lands in Inbox, focused.
+    window->newPromptAction()->trigger();
+    const std::optional<Prompt> created = m_app->state()->selectedPrompt();
+    QVERIFY(created && created->projectName == u"Inbox");
+    QCOMPARE(window->currentDetail(), Detail::Prompt);
+    QTRY_COMPARE(window->focusWidget(), window->promptDetail()->editor());
+
+    QVERIFY(window->showSidebarAction()->isVisible() == false);
+    window->hideSidebarAction()->trigger();
+    QVERIFY(window->sidebar()->isHidden());
+    QVERIFY(window->showSidebarAction()->isVisible());
+    window->showSidebarAction()->trigger();
+    QVERIFY(window->sidebar()->isVisible());
+    QVERIFY(!window->showSidebarAction()->isVisible());
+
+    QVERIFY(QDir(path("prompts")).removeRecursively());
+    window->reloadAction()->trigger();
+    QVERIFY(!window->newPromptAction()->isEnabled());
+}
+
+void TestMainWindow::reloadWritesThePendingEditFirst()
+{
+    AppState *state = m_app->state();
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
+    QTest::keyClicks(m_app->mainWindow()->promptDetail()->editor(), QStringLiteral("X"));
+    QVERIFY(state->hasPendingSave());
+    write(path("prompts/Inbox/b.md"), "---\ntitle: Changed elsewhere\n---\n", at(50));
+    m_app->reloadFromDisk(); // what becoming active does
+    QVERIFY(!state->hasPendingSave());
+    QVERIFY(m_app->library()->prompt(QStringLiteral("Inbox/a.md"))->body.contains(u'X'));
+    QCOMPARE(m_app->library()->prompt(QStringLiteral("Inbox/b.md"))->frontMatter.title, u"Changed elsewhere");
+}
+
+void TestMainWindow::appearanceResolution()
+{
+    QCOMPARE(schemeForAppearance(QStringLiteral("system"), true), Scheme::System);
+    QCOMPARE(schemeForAppearance(QStringLiteral("light"), true), Scheme::Light);
+    QCOMPARE(schemeForAppearance(QStringLiteral("dark"), false), Scheme::Dark);
+    QCOMPARE(schemeForAppearance(QStringLiteral("opposite"), true), Scheme::Light);
+    QCOMPARE(schemeForAppearance(QStringLiteral("opposite"), false), Scheme::Dark);
+    QCOMPARE(schemeForAppearance(QStringLiteral("Dark"), true), Scheme::System); // unknown: system
+
+    // Applying it switches the palette of the running app.
+    m_app->preferences()->setAppearance(QStringLiteral("dark"));
+    QVERIFY(QApplication::palette().color(QPalette::Window).lightnessF() < 0.5);
+    m_app->preferences()->setAppearance(QStringLiteral("light"));
+    QVERIFY(QApplication::palette().color(QPalette::Window).lightnessF() > 0.5);
+}
+
+void TestMainWindow::settingsStoreUnderTheirKeys()
+{
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    QCOMPARE(settings->appearancePicker()->currentText(), u"System");
+    QCOMPARE(settings->handoffPicker()->checkedButton()->text(), u"Claude");
+    QVERIFY(!settings->autoPasteSwitch()->isChecked());
+
+    settings->appearancePicker()->setCurrentIndex(settings->appearancePicker()->findText(QStringLiteral("Opposite")));
+    QCOMPARE(QSettings().value(QStringLiteral("appearance")).toString(), u"opposite");
+    for (QAbstractButton *button : settings->handoffPicker()->buttons()) {
+        if (button->text() == u"ChatGPT")
+            button->click();
+    }
+    QCOMPARE(QSettings().value(QStringLiteral("handoffApp")).toString(), u"chatgpt");
+    settings->autoPasteSwitch()->click();
+    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), true);
+
+    // An unknown stored target reads as Claude.
+    QSettings().setValue(QStringLiteral("handoffApp"), QStringLiteral("other"));
+    settings->hide();
+    settings->show();
+    QCOMPARE(settings->handoffPicker()->checkedButton()->text(), u"Claude");
+}
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
