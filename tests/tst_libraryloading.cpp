@@ -22,6 +22,7 @@ private Q_SLOTS:
     void setPromptOrder();
     void removedRootEmptiesListsAndKeepsOrders();
     void reloadNotifiesPerListThenOnce();
+    void everyReloadSeesEditsFromOtherPrograms();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -216,6 +217,34 @@ void TestLibraryLoading::reloadNotifiesPerListThenOnce()
     library.reload();
     QCOMPARE(order, QStringList({"sectionOrder", "pinnedOrder", "promptOrderByProject", "projects", "prompts",
                                  "changed"}));
+}
+
+void TestLibraryLoading::everyReloadSeesEditsFromOtherPrograms()
+{
+    // Unchanged files are not read again, so edits must show in size or times:
+    // a same-size rewrite right away, and one long after the file was read.
+    write(path("P/a.md"), "---\ntitle: one\n---\n");
+    write(path("P/b.md"), "old");
+    PromptLibrary library(QUrl::fromLocalFile(m_dir->path()));
+    write(path("P/a.md"), "---\ntitle: two\n---\n");
+    library.reload();
+    QCOMPARE(library.prompt(QStringLiteral("P/a.md"))->frontMatter.title, u"two");
+
+    QTest::qWait(4100);
+    library.reload(); // read long after the last write: from now on reused
+    library.reload();
+    QCOMPARE(library.prompt(QStringLiteral("P/b.md"))->body, u"old");
+    QFile inPlace(path("P/b.md"));
+    QVERIFY(inPlace.open(QIODevice::ReadWrite));
+    QCOMPARE(inPlace.write("new"), 3);
+    inPlace.close();
+    write(path("P/c.md"), "added");
+    QVERIFY(QFile::remove(path("P/a.md")));
+    library.reload();
+    QCOMPARE(library.prompt(QStringLiteral("P/b.md"))->body, u"new");
+    QCOMPARE(library.prompt(QStringLiteral("P/c.md"))->body, u"added");
+    QVERIFY(!library.prompt(QStringLiteral("P/a.md")));
+    QCOMPARE(library.project(QStringLiteral("P"))->promptCount, 2);
 }
 
 QTEST_GUILESS_MAIN(TestLibraryLoading)

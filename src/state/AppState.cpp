@@ -11,7 +11,11 @@ AppState::AppState(PromptLibrary *library, QObject *parent)
 {
     // The library's changes are ours: views observe AppState alone. The
     // selection and a pending save are deliberately left alone on a reload.
-    connect(m_library, &PromptLibrary::changed, this, &AppState::changed);
+    connect(m_library, &PromptLibrary::changed, this, [this] {
+        ++m_libraryRevision;
+        Q_EMIT libraryChanged();
+        Q_EMIT changed();
+    });
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setInterval(saveDelayMs);
     connect(&m_saveTimer, &QTimer::timeout, this, &AppState::runScheduledSave);
@@ -51,7 +55,10 @@ bool AppState::isSearching() const
 
 QList<Prompt> AppState::searchResults() const
 {
-    return LibraryQueries::searchResults(m_library->prompts(), m_searchQuery);
+    if (!m_searchMemo || m_searchMemo->query != m_searchQuery || m_searchMemo->libraryRevision != m_libraryRevision)
+        m_searchMemo = SearchMemo{m_searchQuery, m_libraryRevision,
+                                  LibraryQueries::searchResults(m_library->prompts(), m_searchQuery)};
+    return m_searchMemo->results;
 }
 
 QList<Prompt> AppState::pinnedPrompts() const

@@ -53,6 +53,8 @@ public:
 Q_SIGNALS:
     // Any change of the library or of the fields below.
     void changed();
+    // The library's lists were replaced (emitted before changed()).
+    void libraryChanged();
     void selectedPromptIDsChanged();
     void searchQueryChanged();
     void pendingEditorFocusIDChanged();
@@ -68,4 +70,15 @@ private:
     std::optional<Prompt> m_pendingPrompt;
     QTimer m_saveTimer;
     ProjectNamePrompter *m_projectNamePrompter = nullptr;
+
+    // Several views ask for the results of one query after each change; the
+    // scan runs once per query and library state.
+    struct SearchMemo
+    {
+        QString query;
+        quint64 libraryRevision = 0;
+        QList<Prompt> results;
+    };
+    mutable std::optional<SearchMemo> m_searchMemo;
+    quint64 m_libraryRevision = 0;
 };

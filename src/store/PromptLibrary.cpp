@@ -11,6 +11,8 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
+#include <sys/stat.h>
+
 namespace {
 
 std::optional<QString> readUtf8(const QString &path)
@@ -102,6 +104,7 @@ void PromptLibrary::reload()
     const QString root = rootPath();
     const QDir rootDir(root);
     if (!rootDir.exists() || !rootDir.isReadable()) {
+        m_readFiles.clear();
         m_projects.clear();
         Q_EMIT projectsChanged();
         m_prompts.clear();
@@ -120,6 +123,7 @@ void PromptLibrary::reload()
 
     QList<Project> projects;
     QList<Prompt> prompts;
+    m_nextReadFiles.clear();
     for (const QFileInfo &entry : std::as_const(entries)) {
         // A symbolic link is not a folder of the library, even if it points at one.
         if (!entry.isDir() || entry.isSymLink())
@@ -129,6 +133,7 @@ void PromptLibrary::reload()
         projects.append({name, QUrl::fromLocalFile(entry.filePath()), int(loaded.size())});
         prompts.append(std::move(loaded));
     }
+    m_readFiles = std::exchange(m_nextReadFiles, {});
 
     QStringList sectionOrder = readOrderFile(orderFilePath(sectionOrderFileName));
     if (sectionOrder.isEmpty())
@@ -158,18 +163,40 @@ void PromptLibrary::reload()
     Q_EMIT changed();
 }
 
-QList<Prompt> PromptLibrary::loadPrompts(const QString &folder, const QString &projectName) const
+QList<Prompt> PromptLibrary::loadPrompts(const QString &folder, const QString &projectName)
 {
+    // A file whose times are this close to when it was read may have changed
+    // again within the same clock tick (stat gives whole seconds here, and
+    // FAT counts in 2 s steps).
+    constexpr qint64 settleSeconds = 3;
     QList<Prompt> prompts;
     // Unsorted: the file system's own listing order breaks ties between equal dates.
     QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System);
     while (it.hasNext()) {
         it.next();
-        const QFileInfo info = it.fileInfo();
-        if (!VeskConst::isPromptFileName(info.fileName()))
+        if (!VeskConst::isPromptFileName(it.fileName()))
             continue;
-        if (std::optional<Prompt> prompt = loadPrompt(info, projectName))
-            prompts.append(std::move(*prompt));
+        const QString path = it.filePath();
+        struct stat st;
+        const bool statted = ::stat(QFile::encodeName(path).constData(), &st) == 0;
+        const auto known = m_readFiles.constFind(path);
+        const bool unchanged = statted && known != m_readFiles.constEnd() && known->size == st.st_size
+            && known->modified == st.st_mtime && known->statusChanged == st.st_ctime
+            && known->inode == quint64(st.st_ino) && known->readAt - st.st_mtime > settleSeconds
+            && known->readAt - st.st_ctime > settleSeconds;
+        if (unchanged) {
+            if (known->prompt)
+                prompts.append(*known->prompt);
+            m_nextReadFiles.insert(path, *known);
+            continue;
+        }
+        std::optional<Prompt> prompt = loadPrompt(it.fileInfo(), projectName);
+        if (prompt)
+            prompts.append(*prompt);
+        if (statted) {
+            m_nextReadFiles.insert(path, ReadFile{st.st_size, st.st_mtime, st.st_ctime, quint64(st.st_ino),
+                                                  QDateTime::currentSecsSinceEpoch(), std::move(prompt)});
+        }
     }
     return prompts;
 }

@@ -78,7 +78,23 @@ Q_SIGNALS:
 
 private:
     void ensureRoot();
-    QList<Prompt> loadPrompts(const QString &folder, const QString &projectName) const;
+    QList<Prompt> loadPrompts(const QString &folder, const QString &projectName);
+
+    // What the last reload read from each file, reused while the file's size
+    // and times are unchanged. Files changed within the last seconds before
+    // they were read are always read again, so coarse file-system clocks
+    // cannot hide an edit.
+    struct ReadFile
+    {
+        qint64 size;
+        qint64 modified;        // seconds since the epoch
+        qint64 statusChanged;   // seconds since the epoch
+        quint64 inode;
+        qint64 readAt;          // seconds since the epoch
+        std::optional<Prompt> prompt; // none: not UTF-8 text
+    };
+    QHash<QString, ReadFile> m_readFiles;
+    QHash<QString, ReadFile> m_nextReadFiles;
     [[noreturn]] static void failOnDuplicateOrderKey(const QString &key);
 
     QUrl m_rootURL;

@@ -33,14 +33,16 @@ QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem &option, const QModel
     case SidebarModel::RowKind::Prompt:
         break;
     }
-    const bool hasPreview = !index.data(SidebarModel::PreviewRole).toString().isEmpty();
-    const bool hasTitle = !index.data(SidebarModel::TitleRole).toString().isEmpty();
-    const bool hasProject = !index.data(SidebarModel::ProjectLineRole).isNull();
-    int height = QFontMetrics(Theme::font(13, QFont::Medium)).height();
-    if (hasPreview && hasTitle)
-        height += 2 + QFontMetrics(Theme::font(11)).height();
-    if (hasProject)
-        height += 2 + QFontMetrics(Theme::font(10)).height();
+    // Asked for every row when the list lays out: keep it cheap.
+    static const int firstLine = QFontMetrics(Theme::font(13, QFont::Medium)).height();
+    static const int titleLine = 2 + QFontMetrics(Theme::font(11)).height();
+    static const int projectLine = 2 + QFontMetrics(Theme::font(10)).height();
+    const int extra = index.data(SidebarModel::ExtraLinesRole).toInt();
+    int height = firstLine;
+    if (extra & SidebarModel::TitleLine)
+        height += titleLine;
+    if (extra & SidebarModel::ProjectLine)
+        height += projectLine;
     return {width, height + 2 * rowPadding};
 }
 

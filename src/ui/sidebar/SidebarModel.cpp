@@ -13,6 +13,23 @@
 namespace {
 // Child rows carry their section's row + 1; header rows carry 0.
 constexpr quintptr headerId = 0;
+
+bool hasVisibleText(const QString &text)
+{
+    for (const QChar c : text) {
+        if (!c.isSpace())
+            return true;
+    }
+    return false;
+}
+
+// The lines a row shows beyond its first (the preview or the title): the
+// title under a preview, the project line in the pinned section.
+quint8 extraLines(const Prompt &prompt, bool showsProject)
+{
+    const bool titleLine = hasVisibleText(prompt.body) && hasVisibleText(prompt.frontMatter.title);
+    return quint8((titleLine ? SidebarModel::TitleLine : 0) | (showsProject ? SidebarModel::ProjectLine : 0));
+}
 } // namespace
 
 SidebarModel::SidebarModel(AppState *state, QObject *parent)
@@ -20,7 +37,8 @@ SidebarModel::SidebarModel(AppState *state, QObject *parent)
     , m_state(state)
 {
     m_sections = buildSections();
-    connect(state, &AppState::changed, this, &SidebarModel::refresh);
+    // Only the library's lists shape the sidebar; a search or a selection does not.
+    connect(state, &AppState::libraryChanged, this, &SidebarModel::refresh);
 }
 
 QList<SidebarModel::Section> SidebarModel::buildSections() const
@@ -29,8 +47,12 @@ QList<SidebarModel::Section> SidebarModel::buildSections() const
     const QHash<QString, QList<Prompt>> byProject = LibraryQueries::promptsByProject(library);
     QList<Section> sections;
     for (const SidebarSection &section : LibraryQueries::sidebarSections(library)) {
-        sections.append({section, section.isPinned() ? LibraryQueries::pinnedPrompts(library)
-                                                     : byProject.value(section.projectName())});
+        Section built{section, section.isPinned() ? LibraryQueries::pinnedPrompts(library)
+                                                  : byProject.value(section.projectName()), {}};
+        built.extraLines.reserve(built.prompts.size());
+        for (const Prompt &prompt : std::as_const(built.prompts))
+            built.extraLines.append(extraLines(prompt, section.isPinned()));
+        sections.append(std::move(built));
     }
     return sections;
 }
@@ -105,13 +127,16 @@ void SidebarModel::reorder(QList<Section> sections)
 
 void SidebarModel::updateInPlace(QList<Section> sections)
 {
-    m_sections = std::move(sections);
+    // Same rows in the same places: tell views only about rows that changed.
+    std::swap(m_sections, sections);
     for (int i = 0; i < m_sections.size(); ++i) {
         const QModelIndex header = index(i, 0);
-        Q_EMIT dataChanged(header, header);
-        const int rows = rowCount(header);
-        if (rows > 0)
-            Q_EMIT dataChanged(index(0, 0, header), index(rows - 1, 0, header));
+        const QList<Prompt> &now = m_sections[i].prompts;
+        const QList<Prompt> &before = sections[i].prompts;
+        for (int row = 0; row < now.size(); ++row) {
+            if (!(now[row] == before[row]))
+                Q_EMIT dataChanged(index(row, 0, header), index(row, 0, header));
+        }
     }
 }
 
@@ -199,6 +224,8 @@ QVariant SidebarModel::data(const QModelIndex &index, int role) const
             return {};
         }
     }
+    if (role == ExtraLinesRole)
+        return int(section.extraLines.at(index.row()));
     return promptData(section, section.prompts.at(index.row()), role);
 }
 
@@ -227,6 +254,7 @@ QVariant SidebarModel::promptData(const Section &section, const Prompt &prompt, 
         return QString(u"Located in ‘" + projectDisplayName(prompt.projectName) + u"’");
     case VariableCountRole:
         return int(Variables::extract(prompt.body).size());
+
     default:
         return {};
     }

@@ -25,7 +25,9 @@ public:
         TitleRole,                   // prompt rows: the trimmed title
         ProjectLineRole,             // prompt rows in the pinned section: "Located in ‘…’"
         VariableCountRole,           // prompt rows: number of distinct variables
+        ExtraLinesRole,              // prompt rows: ExtraLine flags, cheap (for row heights)
     };
+    enum ExtraLine { TitleLine = 1, ProjectLine = 2 };
 
     explicit SidebarModel(AppState *state, QObject *parent = nullptr);
 
@@ -48,6 +50,7 @@ private:
     {
         SidebarSection section;
         QList<Prompt> prompts;
+        QList<quint8> extraLines; // per prompt, for row heights without building texts
     };
     QList<Section> buildSections() const;
     static bool sameShape(const QList<Section> &a, const QList<Section> &b);

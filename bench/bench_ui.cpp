@@ -1,0 +1,154 @@
+// Responsiveness of the app over a generated library: launch to the first
+// painted window, a keystroke in the search field to painted results, a
+// keystroke in the editor, and the autosave cycle (save, reload, sidebar and
+// editor refreshed and painted).
+//
+//   bench_ui [PROMPTS]     default 10000; runs on any Qt platform (offscreen in CI)
+
+#include "AppState.h"
+#include "LibraryGenerator.h"
+#include "PromptLibrary.h"
+#include "ui/detail/PromptDetailView.h"
+#include "ui/shell/MainWindow.h"
+#include "ui/shell/VeskApplication.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTest>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+// Stops a clock at the first paint of a widget.
+class FirstPaint : public QObject
+{
+public:
+    FirstPaint(QWidget *widget, const QElapsedTimer &clock) : m_clock(clock) { widget->installEventFilter(this); }
+    qint64 elapsedNs = -1;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint && elapsedNs < 0)
+            elapsedNs = m_clock.nsecsElapsed();
+        return false;
+    }
+
+private:
+    const QElapsedTimer &m_clock;
+};
+
+struct Stats
+{
+    double median;
+    double worst;
+};
+
+Stats stats(std::vector<double> ms)
+{
+    std::sort(ms.begin(), ms.end());
+    return {ms[ms.size() / 2], ms.back()};
+}
+
+double msSince(const QElapsedTimer &clock, qint64 startNs)
+{
+    return (clock.nsecsElapsed() - startNs) / 1e6;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QElapsedTimer clock;
+    clock.start();
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("VeskBench"));
+    QCoreApplication::setApplicationName(QStringLiteral("VeskBench"));
+    QTemporaryDir settingsDir;
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
+    const int count = argc > 1 ? QByteArray(argv[1]).toInt() : 10000;
+
+    QTemporaryDir dir;
+    const QString root = dir.path() + u"/prompts";
+    QString error;
+    if (count <= 0 || !generateLibrary(root, {count, 0, 42}, &error)) {
+        std::fprintf(stderr, "bench_ui: %s\n", count <= 0 ? "usage: bench_ui [PROMPTS]" : qUtf8Printable(error));
+        return 2;
+    }
+
+    // A real library was not written in the last seconds (those files are
+    // always read again, see PromptLibrary).
+    QThread::msleep(3500);
+
+    // Launch: from here (the library generated, the toolkit up) to the first paint.
+    const qint64 launchStart = clock.nsecsElapsed();
+    VeskApplication vesk(root);
+    MainWindow *window = vesk.mainWindow();
+    FirstPaint firstPaint(window, clock);
+    window->resize(1100, 760);
+    window->show();
+    while (firstPaint.elapsedNs < 0)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    const double launchMs = (firstPaint.elapsedNs - launchStart) / 1e6;
+    const double processLaunchMs = firstPaint.elapsedNs / 1e6;
+    QTest::qWait(100);
+
+    // Each keystroke of a query, to the results painted.
+    std::vector<double> search;
+    window->searchField()->setFocus();
+    for (const QChar c : QStringLiteral("refactor")) {
+        const qint64 start = clock.nsecsElapsed();
+        QTest::keyClick(window->searchField(), c.toLatin1());
+        window->repaint();
+        search.push_back(msSince(clock, start));
+    }
+    std::vector<double> clearing;
+    for (int i = 0; i < 8; ++i) {
+        const qint64 start = clock.nsecsElapsed();
+        QTest::keyClick(window->searchField(), Qt::Key_Backspace);
+        window->repaint();
+        clearing.push_back(msSince(clock, start));
+    }
+
+    // Typing in the editor of a prompt in the middle of the library.
+    const QString id = vesk.library()->prompts().at(count / 2).id;
+    vesk.state()->setSelectedPromptIDs({id});
+    QPlainTextEdit *editor = window->promptDetail()->editor();
+    editor->setFocus();
+    editor->moveCursor(QTextCursor::End);
+    std::vector<double> typing;
+    for (int i = 0; i < 20; ++i) {
+        const qint64 start = clock.nsecsElapsed();
+        QTest::keyClick(editor, 'a' + i % 26);
+        window->repaint();
+        typing.push_back(msSince(clock, start));
+    }
+
+    // The autosave: what the 400 ms timer runs, then the repaint it causes.
+    std::vector<double> autosave;
+    for (int i = 0; i < 7; ++i) {
+        QTest::keyClick(editor, 'x');
+        const qint64 start = clock.nsecsElapsed();
+        vesk.state()->flushPendingSave();
+        window->repaint();
+        autosave.push_back(msSince(clock, start));
+    }
+
+    const Stats s = stats(search), c = stats(clearing), t = stats(typing), a = stats(autosave);
+    std::printf("%d prompts, platform %s\n", count, qPrintable(QGuiApplication::platformName()));
+    std::printf("  %-46s %8.1f ms (process start: %.1f ms)\n", "launch to first painted window", launchMs,
+                processLaunchMs);
+    std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "search keystroke to results painted", s.median, s.worst);
+    std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "deleting query keystroke to painted", c.median, c.worst);
+    std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "editor keystroke to painted", t.median, t.worst);
+    std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "autosave: save, reload, refresh, paint", a.median, a.worst);
+    return 0;
+}
