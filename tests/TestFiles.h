@@ -36,4 +36,14 @@ inline QDateTime at(int seconds)
     return QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC).addSecs(seconds);
 }
 
+// The ids of prompts, in their order.
+template<typename Prompts>
+QStringList ids(const Prompts &prompts)
+{
+    QStringList result;
+    for (const auto &p : prompts)
+        result.append(p.id);
+    return result;
+}
+
 } // namespace TestFiles

@@ -7,6 +7,7 @@
 #include <QSignalSpy>
 
 using TestFiles::at;
+using TestFiles::ids;
 using TestFiles::read;
 using TestFiles::write;
 
@@ -24,13 +25,6 @@ public:
     }
 };
 
-QStringList ids(const QList<Prompt> &prompts)
-{
-    QStringList result;
-    for (const Prompt &p : prompts)
-        result.append(p.id);
-    return result;
-}
 
 } // namespace
 

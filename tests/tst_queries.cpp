@@ -3,17 +3,8 @@
 #include "TestFiles.h"
 
 using TestFiles::at;
+using TestFiles::ids;
 using TestFiles::write;
-
-namespace {
-QStringList ids(const QList<Prompt> &prompts)
-{
-    QStringList result;
-    for (const Prompt &p : prompts)
-        result.append(p.id);
-    return result;
-}
-} // namespace
 
 class TestQueries : public QObject
 {

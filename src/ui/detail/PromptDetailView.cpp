@@ -118,6 +118,7 @@ void PromptDetailView::buildHeader(QWidget *header)
 
     m_notice->setObjectName(QStringLiteral("notice"));
     m_notice->setFont(Theme::font(11));
+    Theme::setTextTone(m_notice, Theme::Tone::Notice);
     m_notice->hide();
 
     for (QToolButton *button : {m_pin, m_copy, m_raw}) {
@@ -154,10 +155,13 @@ void PromptDetailView::buildVariablesPanel()
     row->setContentsMargins(14, 8, 14, 8);
     row->setSpacing(6);
     m_variablesCount->setFont(Theme::font(11, QFont::Medium));
+    Theme::setTextTone(m_variablesCount, Theme::Tone::Secondary);
     auto *dot = new QLabel(QStringLiteral("·"), m_variablesPanel);
     dot->setObjectName(QStringLiteral("dot"));
     dot->setFont(Theme::font(11));
+    Theme::setTextTone(dot, Theme::Tone::Tertiary);
     m_variablesNames->setFont(Theme::font(11));
+    Theme::setTextTone(m_variablesNames, Theme::Tone::Tertiary);
     m_variablesNames->setTextFormat(Qt::PlainText);
     m_variablesNames->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_fillButton->setObjectName(QStringLiteral("fillButton"));
@@ -250,16 +254,6 @@ void PromptDetailView::updateIcons()
     m_variablesIcon->setPixmap(Icons::pixmap(QStringLiteral("curlybraces"), Theme::secondaryText(p), 12,
                                              devicePixelRatioF()));
 
-    QPalette noticePalette = m_notice->palette();
-    noticePalette.setColor(QPalette::WindowText, Theme::noticeGreen(p));
-    m_notice->setPalette(noticePalette);
-    QPalette countPalette = m_variablesCount->palette();
-    countPalette.setColor(QPalette::WindowText, Theme::secondaryText(p));
-    m_variablesCount->setPalette(countPalette);
-    QPalette namesPalette = m_variablesNames->palette();
-    namesPalette.setColor(QPalette::WindowText, Theme::tertiaryText(p));
-    m_variablesNames->setPalette(namesPalette);
-    m_variablesPanel->findChild<QLabel *>(QStringLiteral("dot"))->setPalette(namesPalette);
     QPalette panelPalette = m_variablesPanel->palette();
     QColor panel = p.color(QPalette::Button);
     panel.setAlphaF(0.4);

@@ -75,9 +75,7 @@ VariableFillSheet::VariableFillSheet(const QStringList &variables, const QString
     for (const QString &name : m_variables) {
         auto *label = new QLabel(name, fields);
         label->setFont(Theme::monospaceFont(11, QFont::Medium));
-        QPalette labelPalette = label->palette();
-        labelPalette.setColor(QPalette::WindowText, Theme::secondaryText(labelPalette));
-        label->setPalette(labelPalette);
+        Theme::setTextTone(label, Theme::Tone::Secondary);
         auto *field = new QPlainTextEdit(fields);
         field->setObjectName(u"field:" + name);
         field->setFont(Theme::monospaceFont(12));

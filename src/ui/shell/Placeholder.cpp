@@ -26,6 +26,8 @@ Placeholder::Placeholder(const QString &symbol, int symbolSize, QWidget *parent)
     m_headline->setFont(Theme::font(14));
     m_note->setFont(Theme::font(11));
     m_headline->setObjectName(QStringLiteral("headline"));
+    Theme::setTextTone(m_headline, Theme::Tone::Secondary);
+    Theme::setTextTone(m_note, Theme::Tone::Tertiary);
     m_note->setObjectName(QStringLiteral("note"));
     updateColors();
 }
@@ -53,10 +55,4 @@ void Placeholder::updateColors()
 {
     const QPalette &p = palette();
     m_icon->setPixmap(Icons::pixmap(m_symbol, Theme::tertiaryText(p), m_symbolSize, devicePixelRatioF()));
-    QPalette headline = m_headline->palette();
-    headline.setColor(QPalette::WindowText, Theme::secondaryText(p));
-    m_headline->setPalette(headline);
-    QPalette note = m_note->palette();
-    note.setColor(QPalette::WindowText, Theme::tertiaryText(p));
-    m_note->setPalette(note);
 }

@@ -38,9 +38,7 @@ QLabel *note(const QString &text, QWidget *parent)
     auto *label = new QLabel(text, parent);
     label->setWordWrap(true);
     label->setFont(Theme::font(11));
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, Theme::tertiaryText(palette));
-    label->setPalette(palette);
+    Theme::setTextTone(label, Theme::Tone::Tertiary);
     return label;
 }
 

@@ -30,6 +30,7 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
     headerLayout->setContentsMargins(12, 6, 8, 6);
     m_searchSummary->setFont(Theme::font(11));
     m_searchSummary->setTextFormat(Qt::PlainText);
+    Theme::setTextTone(m_searchSummary, Theme::Tone::Tertiary);
     m_clearButton->setFlat(true);
     m_clearButton->setFont(Theme::font(11));
     m_clearButton->setCursor(Qt::PointingHandCursor);
@@ -142,7 +143,4 @@ void SidebarView::updateSearchHeader()
     m_searchSummary->setText(results > 0
                                  ? QString(PromptText::counted(results, QStringLiteral("result")) + u" for “" + query + u"”")
                                  : QString(u"No results for “" + query + u"”"));
-    QPalette palette = m_searchSummary->palette();
-    palette.setColor(QPalette::WindowText, Theme::tertiaryText(palette));
-    m_searchSummary->setPalette(palette);
 }

@@ -1,5 +1,7 @@
 #include "Theme.h"
 
+#include <QApplication>
+#include <QEvent>
 #include <QFontDatabase>
 #include <QFrame>
 #include <QLabel>
@@ -59,6 +61,61 @@ QColor noticeGreen(const QPalette &palette)
 bool isDark(const QPalette &palette)
 {
     return palette.color(QPalette::Window).lightnessF() < 0.5;
+}
+
+namespace {
+
+QColor toneColor(const QPalette &palette, Tone tone)
+{
+    switch (tone) {
+    case Tone::Primary:
+        return primaryText(palette);
+    case Tone::Secondary:
+        return secondaryText(palette);
+    case Tone::Tertiary:
+        return tertiaryText(palette);
+    case Tone::Notice:
+        return noticeGreen(palette);
+    }
+    return primaryText(palette);
+}
+
+const char *toneProperty = "vesk.textTone";
+
+void applyTone(QWidget *widget)
+{
+    // Text and Window are inherited, so the tone follows the current scheme.
+    const QColor color = toneColor(widget->palette(), Tone(widget->property(toneProperty).toInt()));
+    if (widget->palette().color(QPalette::WindowText) == color)
+        return;
+    QPalette palette = widget->palette();
+    palette.setColor(QPalette::WindowText, color);
+    widget->setPalette(palette);
+}
+
+class ToneKeeper : public QObject
+{
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange)
+            applyTone(static_cast<QWidget *>(watched));
+        return false;
+    }
+};
+
+} // namespace
+
+void setTextTone(QWidget *widget, Tone tone)
+{
+    static ToneKeeper *keeper = new ToneKeeper(qApp);
+    widget->setProperty(toneProperty, int(tone));
+    widget->removeEventFilter(keeper);
+    widget->installEventFilter(keeper);
+    applyTone(widget);
 }
 
 void wrapToWidth(QLabel *label, int width)

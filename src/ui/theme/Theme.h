@@ -22,6 +22,12 @@ QColor accent(const QPalette &palette);
 QColor noticeGreen(const QPalette &palette);
 bool isDark(const QPalette &palette);
 
+enum class Tone { Primary, Secondary, Tertiary, Notice };
+
+// Colours a widget's text in one of the app's tones, and keeps it so when the
+// palette changes (light and dark).
+void setTextTone(QWidget *widget, Tone tone);
+
 // Word-wraps a label at a fixed width and reserves the height its text needs
 // (nested layouts do not ask wrapped labels for their height by themselves).
 void wrapToWidth(QLabel *label, int width);
