@@ -110,7 +110,7 @@ int main(int argc, char *argv[])
     vesk.state()->setSelectedPromptIDs({});
     save(window, "empty-selection");
 
-    window->searchField()->setText(QStringLiteral("summar"));
+    window->searchField()->setText(QStringLiteral("the"));
     save(window, "search-results");
     window->searchField()->setText(QStringLiteral("zebra"));
     save(window, "search-no-matches");

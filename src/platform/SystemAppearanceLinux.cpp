@@ -81,7 +81,9 @@ void apply(Scheme scheme)
     if (QApplication::style()->name().compare(QStringLiteral("fusion"), Qt::CaseInsensitive) != 0)
         QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     const bool dark = scheme == Scheme::Dark || (scheme == Scheme::System && systemIsDark());
-    QApplication::setPalette(dark ? darkPalette() : lightPalette());
+    const QPalette palette = dark ? darkPalette() : lightPalette();
+    if (palette != QApplication::palette())
+        QApplication::setPalette(palette);
 }
 
 } // namespace SystemAppearance

@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QSettings>
@@ -139,9 +140,14 @@ void MainWindow::buildMenus()
     file->addSeparator();
     file->addAction(m_reload);
     file->addAction(m_reveal);
-    // On macOS the preferences role moves this into the application menu.
-    QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
-    edit->addAction(m_preferences);
+    // macOS puts the preferences item into the application menu by its role;
+    // elsewhere it lives in Edit.
+    if (QGuiApplication::platformName() == u"cocoa") {
+        file->addAction(m_preferences);
+    } else {
+        QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+        edit->addAction(m_preferences);
+    }
 }
 
 void MainWindow::buildToolbar()

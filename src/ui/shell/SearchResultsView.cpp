@@ -46,18 +46,23 @@ public:
         const auto color = [&](const QColor &c) { return selected ? p.color(QPalette::HighlightedText) : c; };
 
         QRect text = card.adjusted(12, 6, -12, -6);
-        const bool pinned = index.data(SearchResultsModel::PinnedRole).toBool();
-        if (pinned) {
-            painter->drawPixmap(text.right() - 10, text.top() + 3,
-                                Icons::pixmap(QStringLiteral("pin.fill"), color(Theme::accent(p)), 10,
-                                              painter->device()->devicePixelRatioF()));
-            text.setRight(text.right() - 16);
-        }
         const QString preview = index.data(SearchResultsModel::PreviewRole).toString();
         const QString subtitle = index.data(SearchResultsModel::SubtitleRole).toString();
         const QFont headlineFont = Theme::font(14, QFont::Medium);
         painter->setFont(headlineFont);
         const QFontMetrics metrics(headlineFont);
+
+        // A pinned result shows a pin just after its headline.
+        if (index.data(SearchResultsModel::PinnedRole).toBool()) {
+            constexpr int pinSize = 10;
+            text.setRight(text.right() - pinSize - 6);
+            const QString headline = preview.isEmpty() ? index.data().toString() : preview;
+            const int x = text.left() + std::min(metrics.horizontalAdvance(headline), text.width()) + 6;
+            const int lineTop = preview.isEmpty() ? text.top() + (text.height() - metrics.height()) / 2 : text.top();
+            painter->drawPixmap(x, lineTop + (metrics.height() - pinSize) / 2,
+                                Icons::pixmap(QStringLiteral("pin.fill"), color(Theme::accent(p)), pinSize,
+                                              painter->device()->devicePixelRatioF()));
+        }
         if (preview.isEmpty()) {
             painter->setPen(color(Theme::secondaryText(p)));
             painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,

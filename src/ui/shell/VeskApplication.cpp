@@ -30,8 +30,10 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
         settings->activateWindow();
     });
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState appState) {
-        if (appState == Qt::ApplicationActive)
-            reloadFromDisk();
+        if (appState != Qt::ApplicationActive)
+            return;
+        reloadFromDisk();
+        updateAppAppearance(); // "opposite" and "system" follow the desktop's current scheme
     });
 }
 
@@ -43,8 +45,10 @@ VeskApplication::~VeskApplication()
 
 SettingsWindow *VeskApplication::settingsWindow()
 {
-    if (!m_settings)
+    if (!m_settings) {
         m_settings = new SettingsWindow(m_preferences);
+        m_settings->setAttribute(Qt::WA_QuitOnClose, false); // closing the main window quits
+    }
     return m_settings;
 }
 

@@ -12,6 +12,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace {
@@ -115,6 +116,12 @@ WelcomeView::WelcomeView(AppState *state, QWidget *parent)
     m_create->setMinimumHeight(34);
     m_create->setContentsMargins(8, 2, 8, 2);
     connect(m_create, &QPushButton::clicked, state, &AppState::createNewPromptInRecent);
+    // Return presses the button while the welcome screen shows, as a default button would.
+    for (const QKeySequence &key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
+        auto *shortcut = new QShortcut(key, this);
+        shortcut->setContext(Qt::WindowShortcut);
+        connect(shortcut, &QShortcut::activated, m_create, &QPushButton::click);
+    }
     column->addWidget(m_create, 0, Qt::AlignHCenter);
 
     auto *help = new QLabel(u"You can also press " + native(QKeySequence(Qt::CTRL | Qt::Key_Slash))
