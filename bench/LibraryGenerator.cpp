@@ -75,10 +75,10 @@ bool writeFile(const QString &path, const QString &text, const QDateTime &modifi
 
 } // namespace
 
-bool generateLibrary(const QString &root, const LibrarySpec &spec, QString *error)
+bool generateLibrary(const QString &root, const LibraryParameters &params, QString *error)
 {
-    QRandomGenerator rng(spec.seed);
-    const int projects = spec.projectCount > 0 ? spec.projectCount : std::max(4, spec.promptCount / 250);
+    QRandomGenerator rng(params.seed);
+    const int projects = params.projectCount > 0 ? params.projectCount : std::max(4, params.promptCount / 250);
     QStringList names{QStringLiteral("Inbox")};
     for (int i = 1; i < projects; ++i) {
         const QString base = projectNames.at((i - 1) % projectNames.size());
@@ -94,7 +94,7 @@ bool generateLibrary(const QString &root, const LibrarySpec &spec, QString *erro
     const QDateTime newest = QDateTime(QDate(2026, 11, 1), QTime(9, 0), Qt::UTC);
     QHash<QString, QStringList> fileNamesByProject;
     QStringList pinnedIds;
-    for (int i = 0; i < spec.promptCount; ++i) {
+    for (int i = 0; i < params.promptCount; ++i) {
         const QString project = names.at(rng.bounded(int(names.size())));
         const QString fileName = QStringLiteral("prompt-%1.md").arg(i, 5, 10, QLatin1Char('0'));
         PromptFrontMatter matter;
