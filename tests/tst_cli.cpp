@@ -218,6 +218,9 @@ void TestCli::errorsAndExitCodes()
 
 void TestCli::defaultRootAndTrashInAFreshHome()
 {
+#ifndef VESK_HOME_FOLLOWS_ENV
+    QSKIP("The default folder and the Trash belong to the real account here");
+#endif
     const QString home = m_dir->path() + u"/home";
     const QString defaultRoot = home + u"/.local/share/Vesk/prompts";
     const Run created = cli({QStringLiteral("new"), QStringLiteral("--body"), QStringLiteral("bye")}, {}, false);

@@ -1,5 +1,8 @@
 #include "Accessibility.h"
 
+// Keep AssertMacros.h from defining check(), verify() and friends.
+#define __ASSERT_MACROS_DEFINE_VERSIONS_WITHOUT_UNDERSCORES 0
+
 #include <ApplicationServices/ApplicationServices.h>
 
 namespace Accessibility {
