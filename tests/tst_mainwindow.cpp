@@ -19,7 +19,9 @@
 #include <QListView>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QPushButton>
 #include <QSettings>
+#include <QTimer>
 
 using TestFiles::at;
 using TestFiles::write;
@@ -38,6 +40,7 @@ private Q_SLOTS:
     void searchResultsAndLeavingASearch();
     void commandsAndSidebarButtons();
     void reloadWritesThePendingEditFirst();
+    void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
 
@@ -164,6 +167,46 @@ void TestMainWindow::reloadWritesThePendingEditFirst()
     QVERIFY(!state->hasPendingSave());
     QVERIFY(m_app->library()->prompt(QStringLiteral("Inbox/a.md"))->body.contains(u'X'));
     QCOMPARE(m_app->library()->prompt(QStringLiteral("Inbox/b.md"))->frontMatter.title, u"Changed elsewhere");
+}
+
+void TestMainWindow::newProjectDialog()
+{
+    // Answer the modal dialog once it is up: note what it shows, type a name,
+    // press a button (always, so that a failure cannot leave it open).
+    struct Seen
+    {
+        QString title, placeholder;
+        bool fieldFocused = false, createIsDefault = false;
+    };
+    const auto answer = [](const QString &name, const QString &button, Seen *seen) {
+        QTimer::singleShot(0, [=] {
+            auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            auto *field = dialog->findChild<QLineEdit *>(QStringLiteral("projectName"));
+            *seen = {dialog->windowTitle(), field->placeholderText(), dialog->focusWidget() == field,
+                     dialog->findChild<QPushButton *>(QStringLiteral("createButton"))->isDefault()};
+            QTest::keyClicks(field, name);
+            for (QPushButton *b : dialog->findChildren<QPushButton *>()) {
+                if (b->text() == button)
+                    b->click();
+            }
+            if (dialog->isVisible())
+                dialog->reject();
+        });
+    };
+    Seen seen;
+    answer(QStringLiteral("  Ideas "), QStringLiteral("Create"), &seen);
+    m_app->mainWindow()->newProjectAction()->trigger();
+    QCOMPARE(seen.title, u"New Project");
+    QCOMPARE(seen.placeholder, u"Project name");
+    QVERIFY(seen.fieldFocused);
+    QVERIFY(seen.createIsDefault);
+    QVERIFY(m_app->library()->project(QStringLiteral("Ideas")));
+
+    answer(QStringLiteral("Never"), QStringLiteral("Cancel"), &seen);
+    m_app->mainWindow()->newProjectAction()->trigger();
+    QVERIFY(!m_app->library()->project(QStringLiteral("Never")));
 }
 
 void TestMainWindow::appearanceResolution()
