@@ -95,7 +95,8 @@ void TestMainWindow::detailChoice()
     window->searchField()->setText(QStringLiteral("banana"));
     QCOMPARE(state->searchQuery(), u"banana");
     QCOMPARE(window->currentDetail(), Detail::SearchResults);
-    window->searchField()->clear();
+    QTest::keyClick(window->searchField(), Qt::Key_Escape);
+    QCOMPARE(state->searchQuery(), QString());
     QCOMPARE(window->currentDetail(), Detail::Prompt);
 
     // No prompts: the welcome screen, unless a search is on.

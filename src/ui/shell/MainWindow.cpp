@@ -13,10 +13,12 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QSettings>
+#include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QToolBar>
@@ -169,6 +171,13 @@ void MainWindow::buildToolbar()
     m_search->setClearButtonEnabled(true);
     m_search->setFixedWidth(260);
     toolbar->addWidget(m_search);
+    // Ctrl+F (⌘F) goes to the search field; Escape there ends the search.
+    auto *find = new QShortcut(QKeySequence::Find, this);
+    connect(find, &QShortcut::activated, this, [this] {
+        m_search->setFocus(Qt::ShortcutFocusReason);
+        m_search->selectAll();
+    });
+    m_search->installEventFilter(this);
     toolbar->addAction(m_toolbarNewPrompt);
     for (QAction *action : {m_toolbarNewProject, m_hideSidebar, m_showSidebar, m_toolbarNewPrompt})
         action->setToolTip(action->text());
@@ -188,6 +197,16 @@ void MainWindow::changeEvent(QEvent *event)
     if (event->type() == QEvent::PaletteChange)
         updateIcons();
     QMainWindow::changeEvent(event);
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_search && event->type() == QEvent::KeyPress
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && !m_search->text().isEmpty()) {
+        m_search->clear();
+        return true;
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
