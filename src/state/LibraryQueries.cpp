@@ -104,6 +104,17 @@ QList<Prompt> pinnedPrompts(const PromptLibrary &library)
     return PromptLibrary::sortByOrder(pinned, [](const Prompt &p) { return p.id; }, library.pinnedOrder());
 }
 
+namespace {
+
+// A project's manual order is keyed by bare file names.
+QList<Prompt> inProjectOrder(const PromptLibrary &library, const QString &projectName, const QList<Prompt> &prompts)
+{
+    return PromptLibrary::sortByOrder(prompts, [](const Prompt &p) { return p.fileName(); },
+                                      library.promptOrderByProject().value(projectName));
+}
+
+} // namespace
+
 QList<Prompt> promptsInProject(const PromptLibrary &library, const QString &projectName)
 {
     QList<Prompt> inProject;
@@ -111,8 +122,7 @@ QList<Prompt> promptsInProject(const PromptLibrary &library, const QString &proj
         if (prompt.projectName == projectName && !prompt.frontMatter.pinned)
             inProject.append(prompt);
     }
-    return PromptLibrary::sortByOrder(inProject, [](const Prompt &p) { return p.fileName(); },
-                                      library.promptOrderByProject().value(projectName));
+    return inProjectOrder(library, projectName, inProject);
 }
 
 QHash<QString, QList<Prompt>> promptsByProject(const PromptLibrary &library)
@@ -122,10 +132,8 @@ QHash<QString, QList<Prompt>> promptsByProject(const PromptLibrary &library)
         if (!prompt.frontMatter.pinned)
             byProject[prompt.projectName].append(prompt);
     }
-    for (auto it = byProject.begin(); it != byProject.end(); ++it) {
-        *it = PromptLibrary::sortByOrder(*it, [](const Prompt &p) { return p.fileName(); },
-                                         library.promptOrderByProject().value(it.key()));
-    }
+    for (auto it = byProject.begin(); it != byProject.end(); ++it)
+        *it = inProjectOrder(library, it.key(), *it);
     return byProject;
 }
 

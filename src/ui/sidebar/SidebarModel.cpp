@@ -57,50 +57,48 @@ QList<SidebarModel::Section> SidebarModel::buildSections() const
     return sections;
 }
 
-bool SidebarModel::sameShape(const QList<Section> &a, const QList<Section> &b)
+SidebarModel::Change SidebarModel::compare(const QList<Section> &before, const QList<Section> &after)
 {
-    if (a.size() != b.size())
-        return false;
-    for (qsizetype i = 0; i < a.size(); ++i) {
-        if (!(a[i].section == b[i].section) || a[i].prompts.size() != b[i].prompts.size())
-            return false;
-        for (qsizetype j = 0; j < a[i].prompts.size(); ++j) {
-            if (a[i].prompts[j].id != b[i].prompts[j].id)
-                return false;
-        }
-    }
-    return true;
-}
-
-bool SidebarModel::sameRowsInAnyOrder(const QList<Section> &a, const QList<Section> &b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (qsizetype i = 0; i < a.size(); ++i) {
-        if (!(a[i].section == b[i].section) || a[i].prompts.size() != b[i].prompts.size())
-            return false;
+    if (before.size() != after.size())
+        return Change::Rows;
+    Change change = Change::Contents;
+    for (qsizetype i = 0; i < before.size(); ++i) {
+        const QList<Prompt> &was = before[i].prompts;
+        const QList<Prompt> &now = after[i].prompts;
+        if (!(before[i].section == after[i].section) || was.size() != now.size())
+            return Change::Rows;
+        bool sameOrder = true;
+        for (qsizetype j = 0; j < was.size() && sameOrder; ++j)
+            sameOrder = was[j].id == now[j].id;
+        if (sameOrder)
+            continue;
         QSet<QString> ids;
-        for (const Prompt &p : a[i].prompts)
+        for (const Prompt &p : was)
             ids.insert(p.id);
-        for (const Prompt &p : b[i].prompts) {
+        for (const Prompt &p : now) {
             if (!ids.contains(p.id))
-                return false;
+                return Change::Rows;
         }
+        change = Change::Order;
     }
-    return true;
+    return change;
 }
 
 void SidebarModel::refresh()
 {
     QList<Section> sections = buildSections();
-    if (sameShape(sections, m_sections)) {
+    switch (compare(m_sections, sections)) {
+    case Change::Contents:
         updateInPlace(std::move(sections));
-    } else if (sameRowsInAnyOrder(sections, m_sections)) {
+        break;
+    case Change::Order:
         reorder(std::move(sections)); // a saved prompt moved up in its section
-    } else {
+        break;
+    case Change::Rows:
         beginResetModel();
         m_sections = std::move(sections);
         endResetModel();
+        break;
     }
 }
 

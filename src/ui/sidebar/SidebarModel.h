@@ -53,8 +53,10 @@ private:
         QList<quint8> extraLines; // per prompt, for row heights without building texts
     };
     QList<Section> buildSections() const;
-    static bool sameShape(const QList<Section> &a, const QList<Section> &b);
-    static bool sameRowsInAnyOrder(const QList<Section> &a, const QList<Section> &b);
+    // Contents: same rows in the same places; Order: same rows of each
+    // section, moved; Rows: anything else (rows or sections come or go).
+    enum class Change { Contents, Order, Rows };
+    static Change compare(const QList<Section> &before, const QList<Section> &after);
     void updateInPlace(QList<Section> sections);
     void reorder(QList<Section> sections);
     QVariant promptData(const Section &section, const Prompt &prompt, int role) const;
