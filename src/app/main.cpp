@@ -1,3 +1,4 @@
+#include "AppIdentity.h"
 #include "VeskConst.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/VeskApplication.h"
@@ -8,12 +9,12 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    // One reverse-DNS identity (app.vesk.Vesk): settings domain and bundle.
-    QCoreApplication::setOrganizationName(QStringLiteral("Vesk"));
-    QCoreApplication::setOrganizationDomain(QStringLiteral("vesk.app"));
-    QCoreApplication::setApplicationName(QStringLiteral("Vesk"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Vesk"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("app.vesk.Vesk"));
+    // One reverse-DNS identity: settings domain, bundle, desktop file.
+    QCoreApplication::setOrganizationName(AppIdentity::applicationName.toString());
+    QCoreApplication::setOrganizationDomain(AppIdentity::organizationDomain.toString());
+    QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
+    QGuiApplication::setApplicationDisplayName(AppIdentity::applicationName.toString());
+    QGuiApplication::setDesktopFileName(AppIdentity::appId.toString());
     QApplication::setWindowIcon(Icons::appIcon());
 
     VeskApplication vesk(VeskConst::defaultPromptsFolder().toLocalFile());
