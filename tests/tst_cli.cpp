@@ -23,6 +23,7 @@ private Q_SLOTS:
     void errorsAndExitCodes();
     void defaultRootAndTrashInAFreshHome();
     void repeatedOrderEntryStops();
+    void saysWhatHappened();
 
 private:
     struct Run
@@ -250,6 +251,29 @@ void TestCli::repeatedOrderEntryStops()
     QVERIFY(run.status == QProcess::CrashExit || run.exitCode != 0);
     QVERIFY2(run.err.contains("Duplicate values for key: 'Inbox'"), run.err.constData());
     QVERIFY(run.out.isEmpty());
+}
+
+void TestCli::saysWhatHappened()
+{
+    // A rename to a hidden name works, though the library no longer lists it.
+    write(root() + u"/Work/a.md", "a");
+    const Run hidden = cli({QStringLiteral("project-rename"), QStringLiteral("Work"), QStringLiteral(".secret")});
+    QCOMPARE(hidden.exitCode, 0);
+    QCOMPARE(hidden.out, ".secret\n");
+    QVERIFY2(hidden.err.contains("hidden"), hidden.err.constData());
+    QCOMPARE(read(root() + u"/.secret/a.md"), "a");
+
+    // A library folder that cannot be made is an error of its own, not an
+    // empty library or a missing "Inbox".
+    write(m_dir->path() + u"/file", "in the way");
+    const QStringList notAFolder{QStringLiteral("--root"), m_dir->path() + u"/file/lib"};
+    for (const QStringList &args : {QStringList{QStringLiteral("projects")}, QStringList{QStringLiteral("new")}}) {
+        const Run run = cli(notAFolder + args, {}, false);
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.err.startsWith("vesk-cli: cannot create the library folder ") && run.err.contains("Not a directory"),
+                 run.err.constData());
+        QCOMPARE(run.out, QByteArray());
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCli)

@@ -1,10 +1,16 @@
 #include "PromptLibrary.h"
 #include "TestFiles.h"
+#include "TestMounts.h"
 #include "platform/Trash.h"
 
 #include <QRegularExpression>
+#include <QElapsedTimer>
 #include <QStorageInfo>
+#include <QThread>
 #include <QUrl>
+
+#include <atomic>
+#include <thread>
 
 #include <sys/stat.h>
 
@@ -24,6 +30,9 @@ private Q_SLOTS:
     void sameMount();
     void acrossMounts();
     void failureKeepsTheOriginal();
+    void longNames();
+    void specialFilesAcrossMounts();
+    void failedMoveAcrossMountsChangesNothing();
 
 private:
     QString trash() const { return m_home->path() + u"/.local/share/Trash"; }
@@ -163,6 +172,132 @@ void TestTrash::failureKeepsTheOriginal()
     QString error;
     QVERIFY(!Trash::moveToTrash(root + u"/missing.md", &error));
     QVERIFY(!error.isEmpty());
+}
+
+void TestTrash::longNames()
+{
+    // The longest names a file system allows: the Trash entry and its
+    // ".trashinfo" must still fit, so the entry gets a shorter name.
+    const QString root = m_home->path() + u"/lib";
+    const QString ascii = QString(252, u'a') + u".md";          // 255 bytes
+    const QString wide = QString(125, QChar(0xE9)) + u".md";   // 253 bytes, two per letter
+    const QString folder = QString(255, u'w');
+    write(root + u"/Inbox/" + ascii, "ascii");
+    write(root + u"/Inbox/" + wide, "wide");
+    write(root + u"/" + folder + u"/p.md", "in a long folder");
+    PromptLibrary library(QUrl::fromLocalFile(root));
+
+    library.deletePrompt(*library.prompt(u"Inbox/" + ascii));
+    library.deletePrompt(*library.prompt(u"Inbox/" + wide));
+    library.deleteProject(*library.project(folder));
+    QVERIFY(library.prompts().isEmpty());
+    QCOMPARE(library.projects().size(), 1);
+
+    // A second item of the same long name gets a name of its own as well.
+    write(root + u"/Inbox/" + ascii, "again");
+    library.reload();
+    library.deletePrompt(*library.prompt(u"Inbox/" + ascii));
+    QVERIFY(!QFileInfo::exists(root + u"/Inbox/" + ascii));
+
+    const QStringList trashed = QDir(trash() + u"/files").entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    QCOMPARE(trashed.size(), 4);
+    QMap<QString, QByteArray> contentByOrigin;
+    for (const QString &name : trashed) {
+        QVERIFY2(QFile::encodeName(name + u".trashinfo").size() <= 255, qPrintable(name));
+        const QString origin = trashedFrom(name);
+        const QString path = trash() + u"/files/" + name;
+        const QByteArray content = QFileInfo(path).isDir() ? read(path + u"/p.md") : read(path);
+        contentByOrigin[origin] += content + ';';
+    }
+    QCOMPARE(contentByOrigin.value(root + u"/Inbox/" + wide), "wide;");
+    QCOMPARE(contentByOrigin.value(root + u"/" + folder), "in a long folder;");
+    const QByteArray both = contentByOrigin.value(root + u"/Inbox/" + ascii);
+    QVERIFY2(both == "ascii;again;" || both == "again;ascii;", both.constData());
+}
+
+void TestTrash::specialFilesAcrossMounts()
+{
+    // A folder holding a named pipe, trashed from another mount: copying it
+    // must not wait for a writer that never comes.
+    ScratchMount disk(1 << 20);
+    SKIP_UNLESS_MOUNTED(disk);
+    const QString root = disk.path() + u"/lib";
+    write(root + u"/Work/a.md", "prompt");
+    QCOMPARE(::mkfifo(QFile::encodeName(root + u"/Work/pipe").constData(), 0600), 0);
+    PromptLibrary library(QUrl::fromLocalFile(root));
+
+    std::atomic<bool> done{false};
+    std::thread watchdog([&] {
+        for (int i = 0; i < 200 && !done; ++i)
+            QThread::msleep(50);
+        if (!done) // unblock the copy so the failure is reported, not a hang
+            QFile(root + u"/Work/pipe").open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    });
+    QElapsedTimer timer;
+    timer.start();
+    library.deleteProject(*library.project(QStringLiteral("Work")));
+    done = true;
+    watchdog.join();
+    QVERIFY2(timer.elapsed() < 5000, "trashing a folder with a pipe in it hung");
+    QVERIFY(!QFileInfo::exists(root + u"/Work"));
+    QCOMPARE(read(trash() + u"/files/Work/a.md"), "prompt");
+    struct stat st;
+    QCOMPARE(::lstat(QFile::encodeName(trash() + u"/files/Work/pipe").constData(), &st), 0);
+    QVERIFY(S_ISFIFO(st.st_mode));
+}
+
+void TestTrash::failedMoveAcrossMountsChangesNothing()
+{
+    // Either the whole folder reaches the Trash, or the original stays whole
+    // and the Trash gains nothing, however often the user tries.
+    ScratchMount disk(1 << 20);
+    SKIP_UNLESS_MOUNTED(disk);
+    const QString root = disk.path() + u"/lib";
+    write(root + u"/Work/a.md", "first");
+    write(root + u"/Work/z.md", "last");
+    write(root + u"/Work/.vesk-order", "z.md\na.md\n");
+    QVERIFY(QDir().mkpath(root + u"/Work/inner"));
+    PromptLibrary library(QUrl::fromLocalFile(root));
+    auto trashIsEmpty = [&] {
+        return QDir(trash() + u"/files").isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)
+            && QDir(trash() + u"/info").isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    };
+    auto originalIsWhole = [&] {
+        return read(root + u"/Work/a.md") == "first" && read(root + u"/Work/z.md") == "last"
+            && read(root + u"/Work/.vesk-order") == "z.md\na.md\n";
+    };
+
+    // A mount point inside the folder cannot be removed: found only after
+    // the files around it are gone.
+    write(root + u"/Work/inner/deep.md", "deep");
+    {
+        NestedMount busy(root + u"/Work/inner");
+        QVERIFY(busy.isMounted());
+        write(root + u"/Work/inner/on-the-mount.md", "mounted");
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^Vesk: deleteProject failed: .+")));
+            library.deleteProject(*library.project(QStringLiteral("Work")));
+            QVERIFY(originalIsWhole());
+            QCOMPARE(read(root + u"/Work/inner/on-the-mount.md"), "mounted");
+            QVERIFY(trashIsEmpty());
+            QCOMPARE(library.project(QStringLiteral("Work"))->promptCount, 2);
+        }
+    }
+    QCOMPARE(read(root + u"/Work/inner/deep.md"), "deep");
+
+    // A read-only file system: nothing can be removed at all.
+    QVERIFY(disk.setReadOnly(true));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^Vesk: deleteProject failed: .+")));
+    library.deleteProject(*library.project(QStringLiteral("Work")));
+    QVERIFY(originalIsWhole());
+    QVERIFY(trashIsEmpty());
+    QVERIFY(disk.setReadOnly(false));
+
+    // And when nothing is in the way, all of it goes.
+    library.deleteProject(*library.project(QStringLiteral("Work")));
+    QVERIFY(!QFileInfo::exists(root + u"/Work"));
+    QCOMPARE(read(trash() + u"/files/Work/z.md"), "last");
+    QCOMPARE(read(trash() + u"/files/Work/inner/deep.md"), "deep");
 }
 
 QTEST_GUILESS_MAIN(TestTrash)

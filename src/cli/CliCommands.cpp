@@ -13,6 +13,8 @@
 #include <QtGlobal>
 
 #include <atomic>
+#include <cerrno>
+#include <sys/stat.h>
 #include <functional>
 
 namespace {
@@ -282,8 +284,19 @@ private:
     {
         return withProject(arg(0), [&](const Project &project) {
             const std::optional<Project> renamed = lib.renameProject(project, arg(1));
-            return renamed ? line(renamed->name)
-                           : failure(u"could not rename " + quoted(project.name) + u" to " + quoted(arg(1)));
+            if (renamed)
+                return line(renamed->name);
+            // A hidden name is renamed all the same; the library just stops
+            // listing the folder.
+            const QString name = PromptLibrary::sanitizeProjectName(arg(1));
+            if (name.startsWith(u'.') && !QFileInfo::exists(project.path())
+                && QFileInfo(lib.rootPath() + u'/' + name).isDir()) {
+                CliResult result = line(name);
+                result.err = (u"vesk-cli: renamed " + quoted(project.name) + u" to " + quoted(name)
+                              + u", a hidden folder, so it is no longer listed as a project\n").toUtf8();
+                return result;
+            }
+            return failure(u"could not rename " + quoted(project.name) + u" to " + quoted(arg(1)));
         });
     }
 
@@ -325,5 +338,15 @@ CliResult runCli(const QStringList &arguments)
         ? VeskConst::defaultPromptsFolder()
         : QUrl::fromLocalFile(QFileInfo(parsed.arguments->root).absoluteFilePath());
     PromptLibrary library(root);
+    // The library creates its folder quietly; a folder that could not be
+    // made is the first thing to tell, not an empty listing.
+    if (!QFileInfo(library.rootPath()).isDir()) {
+        const QByteArray path = QFile::encodeName(library.rootPath());
+        const int reason = ::mkdir(path.constData(), 0777) == 0 ? 0 : errno;
+        if (reason != 0 || !QFileInfo(library.rootPath()).isDir())
+            return failure(u"cannot create the library folder " + quoted(library.rootPath()) + u": "
+                           + (reason == EEXIST ? QStringLiteral("it is not a folder") : qt_error_string(reason)));
+        library.reload();
+    }
     return runCliCommand(library, *parsed.arguments);
 }

@@ -9,20 +9,20 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
+#include <QLocale>
 #include <QStringDecoder>
 
 #include <sys/stat.h>
 
 namespace {
 
-std::optional<QString> readUtf8(const QString &path)
+// Far beyond any prompt a person writes, and small enough to read whole.
+constexpr qint64 maxPromptFileBytes = qint64(64) << 20;
+constexpr qint64 maxOrderFileBytes = qint64(16) << 20;
+
+std::optional<QString> decodeUtf8(const QByteArray &bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return std::nullopt;
     // A byte-order mark is kept: such a file has no front matter.
     QStringDecoder decoder(QStringConverter::Utf8,
                            QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
@@ -32,22 +32,33 @@ std::optional<QString> readUtf8(const QString &path)
     return text;
 }
 
-std::optional<Prompt> loadPrompt(const QFileInfo &info, const QString &projectName)
+std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const QString &path, const QString &fileName,
+                                      const QString &projectName, const QDateTime &modified)
 {
-    std::optional<QString> text = readUtf8(info.filePath());
+    std::optional<QString> text = decodeUtf8(bytes);
     if (!text)
         return std::nullopt;
-    const QDateTime modified = info.lastModified();
     FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
 
     Prompt prompt;
-    prompt.id = projectName + u'/' + info.fileName();
+    prompt.id = projectName + u'/' + fileName;
     prompt.projectName = projectName;
-    prompt.fileURL = QUrl::fromLocalFile(info.filePath());
+    prompt.fileURL = QUrl::fromLocalFile(path);
     prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
     prompt.body = std::move(parsed.body);
-    prompt.modifiedAt = modified.isValid() ? modified.toUTC() : QDateTime::currentDateTimeUtc();
+    prompt.modifiedAt = modified.isValid() ? modified : QDateTime::currentDateTimeUtc();
     return prompt;
+}
+
+QDateTime modificationDate(const struct stat &st)
+{
+    const auto time = FileOps::modificationTime(st);
+    return QDateTime::fromMSecsSinceEpoch(qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000, Qt::UTC);
+}
+
+QString sizeText(qint64 bytes)
+{
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeIecFormat);
 }
 
 QString joinPath(const QString &folder, QStringView name)
@@ -64,7 +75,21 @@ PromptLibrary::PromptLibrary(const QUrl &rootURL, QObject *parent)
     , m_rootURL(rootURL)
 {
     ensureRoot();
+    removeStaleTemporaryFiles();
     reload();
+}
+
+void PromptLibrary::removeStaleTemporaryFiles()
+{
+    // A save killed between its write and its rename leaves a hidden
+    // temporary file; those older than a day cannot belong to a live save.
+    FileOps::removeStaleTemporaryFiles(rootPath());
+    QDirIterator folders(rootPath(), QDir::Dirs | QDir::NoDotAndDotDot);
+    while (folders.hasNext()) {
+        folders.next();
+        if (!folders.fileInfo().isSymLink())
+            FileOps::removeStaleTemporaryFiles(folders.filePath());
+    }
 }
 
 void PromptLibrary::ensureRoot()
@@ -178,9 +203,12 @@ QList<Prompt> PromptLibrary::loadPrompts(const QString &folder, const QString &p
             continue;
         const QString path = it.filePath();
         struct stat st;
-        const bool statted = ::stat(QFile::encodeName(path).constData(), &st) == 0;
+        // Only regular files (or links to them) are prompts: a FIFO would
+        // block the read and a device never ends.
+        if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+            continue;
         const auto known = m_readFiles.constFind(path);
-        const bool unchanged = statted && known != m_readFiles.constEnd() && known->size == st.st_size
+        const bool unchanged = known != m_readFiles.constEnd() && known->size == st.st_size
             && known->modified == st.st_mtime && known->statusChanged == st.st_ctime
             && known->inode == quint64(st.st_ino) && known->readAt - st.st_mtime > settleSeconds
             && known->readAt - st.st_ctime > settleSeconds;
@@ -190,13 +218,23 @@ QList<Prompt> PromptLibrary::loadPrompts(const QString &folder, const QString &p
             m_nextReadFiles.insert(path, *known);
             continue;
         }
-        std::optional<Prompt> prompt = loadPrompt(it.fileInfo(), projectName);
-        if (prompt)
-            prompts.append(*prompt);
-        if (statted) {
-            m_nextReadFiles.insert(path, ReadFile{st.st_size, st.st_mtime, st.st_ctime, quint64(st.st_ino),
-                                                  QDateTime::currentSecsSinceEpoch(), std::move(prompt)});
+        ReadFile read{st.st_size, st.st_mtime, st.st_ctime, quint64(st.st_ino), QDateTime::currentSecsSinceEpoch(),
+                      std::nullopt, false};
+        FileOps::ReadFailure failure = FileOps::ReadFailure::None;
+        const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, maxPromptFileBytes, &failure);
+        if (bytes) {
+            read.prompt = promptFromBytes(*bytes, path, it.fileName(), projectName, modificationDate(st));
+            if (read.prompt)
+                prompts.append(*read.prompt);
+        } else if (failure == FileOps::ReadFailure::TooLarge) {
+            read.tooLarge = true;
+            // Once per file, not at every reload while it stays that large.
+            if (known == m_readFiles.constEnd() || !known->tooLarge)
+                qWarning().noquote() << u"Vesk: skipped " + projectName + u'/' + it.fileName() + u": "
+                        + sizeText(st.st_size) + u" is more than a prompt file may hold ("
+                        + sizeText(maxPromptFileBytes) + u")";
         }
+        m_nextReadFiles.insert(path, std::move(read));
     }
     return prompts;
 }
@@ -212,7 +250,8 @@ void PromptLibrary::setPromptOrder(const QString &projectName, const QStringList
 
 QStringList PromptLibrary::readOrderFile(const QString &path)
 {
-    const std::optional<QString> text = readUtf8(path);
+    const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, maxOrderFileBytes);
+    const std::optional<QString> text = bytes ? decodeUtf8(*bytes) : std::nullopt;
     QStringList entries;
     if (!text)
         return entries;
@@ -234,11 +273,17 @@ QStringList PromptLibrary::readOrderFile(const QString &path)
 
 void PromptLibrary::writeOrderFile(const QString &path, const QStringList &lines)
 {
+    // A repeated entry stops every later load, so the writer never makes one:
+    // after trimming, the first of equal entries stays, and an entry holding
+    // a line break (it would read back as other entries) is left out.
     QString text;
+    QSet<QStringView> written;
     for (const QString &line : lines) {
         const QStringView entry = trimSpacesAndTabs(line);
-        if (!entry.isEmpty())
-            text += entry + u'\n';
+        if (entry.isEmpty() || entry.contains(u'\n') || entry.contains(u'\r') || written.contains(entry))
+            continue;
+        written.insert(entry);
+        text += entry + u'\n';
     }
     if (text.isEmpty())
         text = QStringLiteral("\n");

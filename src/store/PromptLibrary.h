@@ -78,6 +78,7 @@ Q_SIGNALS:
 
 private:
     void ensureRoot();
+    void removeStaleTemporaryFiles();
     QList<Prompt> loadPrompts(const QString &folder, const QString &projectName);
 
     // What the last reload read from each file, reused while the file's size
@@ -91,7 +92,8 @@ private:
         qint64 statusChanged;   // seconds since the epoch
         quint64 inode;
         qint64 readAt;          // seconds since the epoch
-        std::optional<Prompt> prompt; // none: not UTF-8 text
+        std::optional<Prompt> prompt; // none: not UTF-8 text, or too large
+        bool tooLarge;
     };
     QHash<QString, ReadFile> m_readFiles;
     QHash<QString, ReadFile> m_nextReadFiles;

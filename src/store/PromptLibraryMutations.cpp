@@ -12,6 +12,8 @@
 #include <QFileInfo>
 #include <QUuid>
 
+#include <cerrno>
+
 namespace {
 
 void logFailure(const QString &line)
@@ -23,6 +25,9 @@ QString parentFolder(const QString &path)
 {
     return QFileInfo(path).absolutePath();
 }
+
+// Past this many taken names something else is wrong; give up rather than spin.
+constexpr int maxNumberedNames = 100000;
 
 QString trimmedOfWhitespace(const QString &text)
 {
@@ -113,8 +118,13 @@ std::optional<Project> PromptLibrary::renameProject(const Project &project, cons
     if (FileOps::entryExists(target))
         return std::nullopt;
 
+    // The check above answers the common case quietly; the rename itself
+    // never replaces what another program put there meanwhile.
     QString error;
-    if (!FileOps::renameEntry(project.path(), target, &error)) {
+    const int result = FileOps::renameNoReplace(project.path(), target, &error);
+    if (result == EEXIST)
+        return std::nullopt;
+    if (result != 0) {
         logFailure(u"Vesk: renameProject failed: " + error);
         return std::nullopt;
     }
@@ -128,16 +138,21 @@ std::optional<Prompt> PromptLibrary::movePrompt(const Prompt &prompt, const Proj
         return prompt;
 
     const QString fileName = prompt.fileName();
-    QString targetName = fileName;
     // Numbered names always end in ".md", whatever the original extension.
     const QString stem = QFileInfo(fileName).completeBaseName();
-    for (int counter = 2; FileOps::entryExists(target.path() + u'/' + targetName); ++counter)
+    // Each candidate is claimed by a move that fails on an existing name, so
+    // a prompt another process moved there meanwhile is never replaced.
+    QString targetName = fileName;
+    for (int counter = 2;; ++counter) {
+        QString error;
+        const int result = FileOps::moveFileNoReplace(prompt.filePath(), target.path() + u'/' + targetName, &error);
+        if (result == 0)
+            break;
+        if (result != EEXIST || counter > maxNumberedNames) {
+            logFailure(u"Vesk: move failed: " + (result == EEXIST ? FileOps::systemErrorText(EEXIST) : error));
+            return std::nullopt;
+        }
         targetName = stem + u' ' + QString::number(counter) + u".md";
-
-    QString error;
-    if (!FileOps::renameEntry(prompt.filePath(), target.path() + u'/' + targetName, &error)) {
-        logFailure(u"Vesk: move failed: " + error);
-        return std::nullopt;
     }
     reload();
     return this->prompt(target.name + u'/' + targetName);

@@ -9,10 +9,11 @@ namespace {
 
 const QRegularExpression &placeholderPattern()
 {
-    // The white-space class is spelled out as ICU's \s ([\t\n\f\r\p{Z}]) so
-    // that which placeholders match does not depend on the regex engine.
+    // The white-space class is spelled out as the Unicode White_Space
+    // property (what ICU's \s matches: tab to carriage return, next line and
+    // the separators), so that matching does not depend on the regex engine.
     static const QRegularExpression pattern(QStringLiteral(
-        R"(\{\{[\t\n\f\r\p{Z}]*([A-Za-z_][A-Za-z0-9_]*)[\t\n\f\r\p{Z}]*\}\})"));
+        R"(\{\{[\t-\r\x{85}\p{Z}]*([A-Za-z_][A-Za-z0-9_]*)[\t-\r\x{85}\p{Z}]*\}\})"));
     return pattern;
 }
 
@@ -39,17 +40,25 @@ QString substitute(const QString &text, const QHash<QString, QString> &values)
 {
     if (values.isEmpty() || !text.contains(u"{{"))
         return text;
-    QList<QRegularExpressionMatch> matches;
+    // One pass: the text between placeholders and each value are appended
+    // in order, so the cost is linear in the text and the values.
+    QString result;
+    qsizetype copiedUpTo = 0;
     auto it = placeholderPattern().globalMatch(text);
-    while (it.hasNext())
-        matches.append(it.next());
-
-    QString result = text;
-    for (auto match = matches.crbegin(); match != matches.crend(); ++match) {
-        const auto value = values.constFind(match->captured(1));
-        if (value != values.constEnd())
-            result.replace(match->capturedStart(), match->capturedLength(), *value);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        const auto value = values.constFind(match.captured(1));
+        if (value == values.constEnd())
+            continue;
+        if (result.isEmpty())
+            result.reserve(text.size());
+        result += QStringView(text).sliced(copiedUpTo, match.capturedStart() - copiedUpTo);
+        result += *value;
+        copiedUpTo = match.capturedEnd();
     }
+    if (copiedUpTo == 0)
+        return text;
+    result += QStringView(text).sliced(copiedUpTo);
     return result;
 }
 
