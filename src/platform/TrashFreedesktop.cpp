@@ -2,26 +2,40 @@
 //
 // Everything goes to the home Trash, also from other mounts: a per-volume
 // ".Trash-<uid>" folder is not shown by every desktop and would leave folders
-// behind at the volume's root. Across mounts the item is copied, then the
-// original removed, so a failure never loses data.
+// behind at the volume's root. Across mounts the item is copied whole, then
+// the original removed; if the original cannot be removed entirely, what was
+// removed is put back from the copy and the copy leaves the Trash again, so
+// the outcome is all or nothing and retrying never piles up copies.
+//
+// Trees are walked on the file system's own bytes, so names that are not
+// UTF-8 are copied and removed as they are.
 
 #include "Trash.h"
 
+#include "FileOps.h"
+
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QUrl>
 
 #include <cerrno>
-#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace Trash {
 
 namespace {
+
+// A Trash entry's name plus ".trashinfo" must fit the usual 255-byte limit.
+constexpr qsizetype maxEntryNameBytes = 255 - 10;
+
+QString systemError()
+{
+    return qt_error_string(errno);
+}
 
 QString homeTrashPath()
 {
@@ -42,116 +56,276 @@ bool makePrivateDirectory(const QString &path, QString *error)
     if (parent != path && !makePrivateDirectory(parent, error))
         return false;
     if (::mkdir(QFile::encodeName(path).constData(), 0700) != 0 && !(errno == EEXIST && QFileInfo(path).isDir())) {
-        *error = QStringLiteral("Could not create %1: %2").arg(path, qt_error_string(errno));
+        *error = QStringLiteral("Could not create %1: %2").arg(path, systemError());
         return false;
     }
     return true;
 }
 
-QString systemError()
+QByteArray childPath(const QByteArray &folder, const QByteArray &name)
 {
-    return qt_error_string(errno);
+    return folder + '/' + name;
 }
 
-bool lstatPath(const QString &path, struct stat *st)
+// The names in a folder, "." and ".." left out; nullopt when it cannot be read.
+std::optional<QList<QByteArray>> listFolder(const QByteArray &folder)
 {
-    return ::lstat(QFile::encodeName(path).constData(), st) == 0;
+    DIR *dir = ::opendir(folder.constData());
+    if (!dir)
+        return std::nullopt;
+    QList<QByteArray> names;
+    while (const dirent *entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+    }
+    ::closedir(dir);
+    return names;
+}
+
+// `name` cut so that, with `tail` after it, it fits `budget` bytes of UTF-8,
+// without splitting a character.
+QString shortened(const QString &name, qsizetype budget)
+{
+    QString result = name;
+    while (!result.isEmpty() && result.toUtf8().size() > budget) {
+        result.chop(1);
+        if (!result.isEmpty() && result.back().isHighSurrogate())
+            result.chop(1);
+    }
+    return result;
+}
+
+// The name of the n-th Trash entry for `fileName` ("a.md", "a 2.md", …),
+// shortened to fit when the original name is at the file system's limit.
+QString entryName(const QString &fileName, int n)
+{
+    const QFileInfo parts(fileName);
+    const bool hasSuffix = !parts.completeBaseName().isEmpty() && !parts.suffix().isEmpty();
+    QString stem = hasSuffix ? parts.completeBaseName() : fileName;
+    QString suffix = hasSuffix ? u'.' + parts.suffix() : QString();
+    const QString number = n == 1 ? QString() : u' ' + QString::number(n);
+    if (suffix.toUtf8().size() > 32)
+        stem += std::exchange(suffix, QString());
+    const qsizetype budget = maxEntryNameBytes - (number + suffix).toUtf8().size();
+    if ((stem + number + suffix).toUtf8().size() > maxEntryNameBytes)
+        stem = shortened(stem, budget);
+    return stem + number + suffix;
+}
+
+// Creates `path` exclusively with `content`, checking every write.
+bool writeNewFile(const QString &path, const QByteArray &content, QString *error, bool *taken)
+{
+    *taken = false;
+    const QByteArray encoded = QFile::encodeName(path);
+    const int fd = ::open(encoded.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        *taken = errno == EEXIST;
+        *error = systemError();
+        return false;
+    }
+    qsizetype done = 0;
+    int failure = 0;
+    while (done < content.size() && !failure) {
+        const ssize_t n = ::write(fd, content.constData() + done, size_t(content.size() - done));
+        if (n < 0 && errno != EINTR)
+            failure = errno;
+        else if (n > 0)
+            done += n;
+    }
+    if (!failure && ::fsync(fd) != 0)
+        failure = errno;
+    if (::close(fd) != 0 && !failure)
+        failure = errno;
+    if (failure) {
+        ::unlink(encoded.constData());
+        *error = qt_error_string(failure);
+        return false;
+    }
+    return true;
 }
 
 // Reserves a unique name in the Trash by creating its .trashinfo file
 // exclusively; returns the name, or an empty string on failure.
-QString reserveTrashName(const QString &trash, const QString &fileName, const QString &originalPath,
+QString reserveTrashName(const QString &trash, const QString &fileName, const QByteArray &originalPath,
                          QString *error)
 {
-    const QFileInfo parts(fileName);
-    const QString stem = parts.completeBaseName().isEmpty() ? fileName : parts.completeBaseName();
-    const QString suffix = parts.completeBaseName().isEmpty() || parts.suffix().isEmpty()
-        ? QString() : u'.' + parts.suffix();
-
-    const QByteArray info = "[Trash Info]\nPath="
-        + QUrl::toPercentEncoding(originalPath, "/")
-        + "\nDeletionDate="
+    const QByteArray info = "[Trash Info]\nPath=" + originalPath.toPercentEncoding("/") + "\nDeletionDate="
         + QDateTime::currentDateTime().toString(Qt::ISODate).left(19).toUtf8() + '\n';
 
     for (int n = 1; n < 10000; ++n) {
-        const QString name = n == 1 ? fileName : stem + u' ' + QString::number(n) + suffix;
-        struct stat st;
-        if (lstatPath(trash + u"/files/" + name, &st))
+        const QString name = entryName(fileName, n);
+        if (FileOps::entryExists(trash + u"/files/" + name))
             continue;
-        QFile infoFile(trash + u"/info/" + name + u".trashinfo");
-        if (!infoFile.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-            if (infoFile.exists())
-                continue;
-            *error = infoFile.errorString();
+        bool taken = false;
+        if (writeNewFile(trash + u"/info/" + name + u".trashinfo", info, error, &taken))
+            return name;
+        if (!taken)
             return {};
-        }
-        if (infoFile.write(info) != info.size() || !infoFile.flush()) {
-            *error = infoFile.errorString();
-            infoFile.close();
-            infoFile.remove();
-            return {};
-        }
-        return name;
     }
     *error = QStringLiteral("No free name in the Trash for %1").arg(fileName);
     return {};
 }
 
-bool copyFileKeepingTimes(const QString &from, const QString &to, QString *error)
+// Before copying anything: every folder whose entries would be removed must
+// allow it (read-only mounts and folders refuse even root).
+bool checkRemovable(const QByteArray &path, const struct stat &st, QString *error)
 {
-    QFile source(from);
-    if (!source.copy(to)) {
-        *error = source.errorString();
+    if (!S_ISDIR(st.st_mode))
+        return true;
+    if (::access(path.constData(), W_OK | X_OK) != 0) {
+        *error = QStringLiteral("Cannot remove the contents of %1: %2").arg(QFile::decodeName(path), systemError());
         return false;
     }
-    QFile copy(to);
-    if (copy.open(QIODevice::ReadWrite))
-        copy.setFileTime(QFileInfo(from).lastModified(), QFileDevice::FileModificationTime);
+    const std::optional<QList<QByteArray>> names = listFolder(path);
+    if (!names) {
+        *error = QStringLiteral("Cannot read %1: %2").arg(QFile::decodeName(path), systemError());
+        return false;
+    }
+    for (const QByteArray &name : *names) {
+        struct stat child;
+        const QByteArray childAt = childPath(path, name);
+        if (::lstat(childAt.constData(), &child) == 0 && !checkRemovable(childAt, child, error))
+            return false;
+    }
     return true;
 }
 
-// Copies a file, a symbolic link or a whole folder tree.
-bool copyEntry(const QString &from, const QString &to, QString *error)
+// Copies a file, a symbolic link, a named pipe or a whole folder tree to
+// `to`, which must not exist. Other kinds (sockets, devices) are refused.
+bool copyEntry(const QByteArray &from, const QByteArray &to, QString *error)
 {
     struct stat st;
-    if (!lstatPath(from, &st)) {
+    if (::lstat(from.constData(), &st) != 0) {
         *error = systemError();
         return false;
     }
+    if (S_ISREG(st.st_mode))
+        return FileOps::copyRegularFile(from, to, error);
     if (S_ISLNK(st.st_mode)) {
         QByteArray target(qsizetype(st.st_size) + 1, '\0');
-        const ssize_t n = ::readlink(QFile::encodeName(from).constData(), target.data(), target.size());
-        if (n < 0 || ::symlink(target.left(n).constData(), QFile::encodeName(to).constData()) != 0) {
+        const ssize_t n = ::readlink(from.constData(), target.data(), size_t(target.size()));
+        if (n < 0 || ::symlink(target.left(n).constData(), to.constData()) != 0) {
             *error = systemError();
             return false;
         }
         return true;
     }
-    if (!S_ISDIR(st.st_mode))
-        return copyFileKeepingTimes(from, to, error);
+    if (S_ISFIFO(st.st_mode)) {
+        // A pipe holds no data: make a new one rather than read it.
+        if (::mkfifo(to.constData(), st.st_mode & 07777) != 0) {
+            *error = systemError();
+            return false;
+        }
+        return true;
+    }
+    if (!S_ISDIR(st.st_mode)) {
+        *error = QStringLiteral("%1 is a socket or device, which cannot be copied to the Trash")
+                     .arg(QFile::decodeName(from));
+        return false;
+    }
 
-    if (::mkdir(QFile::encodeName(to).constData(), st.st_mode & 07777) != 0) {
+    if (::mkdir(to.constData(), 0700) != 0) {
         *error = systemError();
         return false;
     }
-    const QDir dir(from);
-    const QStringList children = dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System
-                                               | QDir::NoDotAndDotDot);
-    for (const QString &child : children) {
-        if (!copyEntry(from + u'/' + child, to + u'/' + child, error))
+    const std::optional<QList<QByteArray>> names = listFolder(from);
+    if (!names) {
+        *error = systemError();
+        return false;
+    }
+    for (const QByteArray &name : *names) {
+        if (!copyEntry(childPath(from, name), childPath(to, name), error))
             return false;
+    }
+    const struct timespec times[2] = {FileOps::accessTime(st), FileOps::modificationTime(st)};
+    ::chmod(to.constData(), st.st_mode & 07777);
+    ::utimensat(AT_FDCWD, to.constData(), times, AT_SYMLINK_NOFOLLOW);
+    return true;
+}
+
+// Removes a tree depth first, stopping at the first entry that will not go.
+bool removeEntry(const QByteArray &path, QString *error)
+{
+    struct stat st;
+    if (::lstat(path.constData(), &st) != 0) {
+        if (errno == ENOENT)
+            return true;
+        *error = systemError();
+        return false;
+    }
+    if (S_ISDIR(st.st_mode)) {
+        const std::optional<QList<QByteArray>> names = listFolder(path);
+        if (!names) {
+            *error = systemError();
+            return false;
+        }
+        for (const QByteArray &name : *names) {
+            if (!removeEntry(childPath(path, name), error))
+                return false;
+        }
+        if (::rmdir(path.constData()) != 0) {
+            *error = QStringLiteral("Could not remove %1: %2").arg(QFile::decodeName(path), systemError());
+            return false;
+        }
+        return true;
+    }
+    if (::unlink(path.constData()) != 0) {
+        *error = QStringLiteral("Could not remove %1: %2").arg(QFile::decodeName(path), systemError());
+        return false;
     }
     return true;
 }
 
-bool removeEntry(const QString &path)
+// Puts back into `original` every entry of `copy` that is missing there.
+bool restoreMissing(const QByteArray &copy, const QByteArray &original)
 {
     struct stat st;
-    if (!lstatPath(path, &st))
+    if (::lstat(original.constData(), &st) != 0) {
+        QString ignored;
+        return copyEntry(copy, original, &ignored);
+    }
+    if (!S_ISDIR(st.st_mode))
+        return true;
+    const std::optional<QList<QByteArray>> names = listFolder(copy);
+    if (!names)
         return false;
-    if (S_ISDIR(st.st_mode))
-        return QDir(path).removeRecursively();
-    return QFile::remove(path);
+    bool restored = true;
+    for (const QByteArray &name : *names)
+        restored = restoreMissing(childPath(copy, name), childPath(original, name)) && restored;
+    return restored;
+}
+
+// The original lives on another mount than the Trash.
+bool moveAcrossMounts(const QByteArray &original, const struct stat &st, const QByteArray &destination,
+                      QString *error)
+{
+    const QByteArray parent = QFile::encodeName(QFileInfo(QFile::decodeName(original)).absolutePath());
+    if (::access(parent.constData(), W_OK | X_OK) != 0) {
+        *error = QStringLiteral("Cannot remove %1: %2").arg(QFile::decodeName(original), systemError());
+        return false;
+    }
+    if (!checkRemovable(original, st, error))
+        return false;
+
+    QString ignored;
+    if (!copyEntry(original, destination, error)) {
+        removeEntry(destination, &ignored);
+        return false;
+    }
+    if (removeEntry(original, error))
+        return true;
+
+    // Something would not go: put back what did, then take the copy out of
+    // the Trash again. Should putting back fail, the copy stays where the
+    // user can restore it from.
+    if (restoreMissing(destination, original)) {
+        removeEntry(destination, &ignored);
+        *error += QStringLiteral("; nothing was moved to the Trash");
+        return false;
+    }
+    *error += QStringLiteral("; the complete copy stays in the Trash");
+    return false;
 }
 
 } // namespace
@@ -160,8 +334,9 @@ bool moveToTrash(const QString &path, QString *error)
 {
     // Absolute without resolving links: trashing a link trashes the link.
     const QString original = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    const QByteArray originalBytes = QFile::encodeName(original);
     struct stat st;
-    if (!lstatPath(original, &st)) {
+    if (::lstat(originalBytes.constData(), &st) != 0) {
         *error = systemError();
         return false;
     }
@@ -174,38 +349,28 @@ bool moveToTrash(const QString &path, QString *error)
     if (!makePrivateDirectory(trash + u"/files", error) || !makePrivateDirectory(trash + u"/info", error))
         return false;
 
-    const QString name = reserveTrashName(trash, QFileInfo(original).fileName(), original, error);
-    if (name.isEmpty())
-        return false;
-    const QString infoPath = trash + u"/info/" + name + u".trashinfo";
-    const QString destination = trash + u"/files/" + name;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const QString name = reserveTrashName(trash, QFileInfo(original).fileName(), originalBytes, error);
+        if (name.isEmpty())
+            return false;
+        const QString infoPath = trash + u"/info/" + name + u".trashinfo";
+        const QString destination = trash + u"/files/" + name;
 
-    if (std::rename(QFile::encodeName(original).constData(), QFile::encodeName(destination).constData()) == 0)
-        return true;
-    if (errno != EXDEV) {
-        *error = systemError();
-        QFile::remove(infoPath);
-        return false;
-    }
-
-    // Another mount: copy everything first; only a complete copy lets the
-    // original go.
-    if (!copyEntry(original, destination, error)) {
-        removeEntry(destination);
-        QFile::remove(infoPath);
-        return false;
-    }
-    if (!removeEntry(original)) {
-        *error = QStringLiteral("Could not remove %1 after copying it to the Trash").arg(original);
-        // A file that could not be removed is whole: undo the copy. A folder
-        // may be partly gone, so the Trash keeps the full copy.
-        if (!S_ISDIR(st.st_mode)) {
-            removeEntry(destination);
+        const int renamed = FileOps::renameNoReplace(original, destination, error);
+        if (renamed == 0)
+            return true;
+        if (renamed == EXDEV) {
+            if (moveAcrossMounts(originalBytes, st, QFile::encodeName(destination), error))
+                return true;
             QFile::remove(infoPath);
+            return false;
         }
-        return false;
+        QFile::remove(infoPath);
+        if (renamed != EEXIST) // else another item took the name meanwhile: take the next
+            return false;
     }
-    return true;
+    *error = QStringLiteral("No free name in the Trash for %1").arg(original);
+    return false;
 }
 
 } // namespace Trash

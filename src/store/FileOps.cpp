@@ -280,17 +280,21 @@ int renameNoReplace(const QString &from, const QString &to, QString *error)
 
 bool copyRegularFile(const QString &from, const QString &to, QString *error)
 {
-    FileDescriptor in(::open(encoded(from).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    return copyRegularFile(encoded(from), encoded(to), error);
+}
+
+bool copyRegularFile(const QByteArray &from, const QByteArray &target, QString *error)
+{
+    FileDescriptor in(::open(from.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat st;
     if (!in.isOpen() || ::fstat(in.get(), &st) != 0) {
         *error = systemErrorText(errno);
         return false;
     }
     if (!S_ISREG(st.st_mode)) {
-        *error = QStringLiteral("Not a regular file: %1").arg(from);
+        *error = QStringLiteral("Not a regular file: %1").arg(QFile::decodeName(from));
         return false;
     }
-    const QByteArray target = encoded(to);
     FileDescriptor out(::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!out.isOpen()) {
         *error = systemErrorText(errno);

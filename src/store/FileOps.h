@@ -42,6 +42,8 @@ int moveFileNoReplace(const QString &from, const QString &to, QString *error);
 // Copies a regular file to `to`, which must not exist, checking every write
 // and keeping the mode and modification time. On failure nothing is left at `to`.
 bool copyRegularFile(const QString &from, const QString &to, QString *error);
+// The same on paths as the file system's own bytes (names need not be UTF-8).
+bool copyRegularFile(const QByteArray &from, const QByteArray &to, QString *error);
 
 // Removes the app's temporary files in `folder` that are older than a day.
 void removeStaleTemporaryFiles(const QString &folder);
