@@ -1,7 +1,11 @@
 #!/usr/bin/env bash
 # Installs whatever the build, the tests and the app need and is not there yet.
 # Debian/Ubuntu: apt-get (sudo when not root). macOS: Homebrew.
+#   scripts/setup.sh           what building, running and testing need
+#   scripts/setup.sh --fuzz    also clang and its fuzzing runtime (scripts/fuzz.sh)
 set -euo pipefail
+fuzz=false
+[[ "${1:-}" == "--fuzz" ]] && fuzz=true
 
 say() { printf '==> %s\n' "$*" >&2; }
 
@@ -28,6 +32,9 @@ packages=(
     fonts-dejavu-core
     xvfb xauth
 )
+if $fuzz; then
+    packages+=(clang libclang-rt-14-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -73,9 +73,11 @@ int writeAll(int fd, const char *data, qint64 size)
 QString randomName()
 {
     static constexpr char alphabet[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    // From the system's entropy on every call: a process forked from ours
+    // must not draw the same names.
     QString name = temporaryPrefix.toString();
     for (int i = 0; i < temporaryRandomLength; ++i)
-        name += QLatin1Char(alphabet[QRandomGenerator::global()->bounded(int(sizeof alphabet - 1))]);
+        name += QLatin1Char(alphabet[QRandomGenerator::system()->bounded(int(sizeof alphabet - 1))]);
     return name;
 }
 
