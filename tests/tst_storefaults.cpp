@@ -11,6 +11,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,6 +32,7 @@ private Q_SLOTS:
     void onlyRegularFilesAreRead();
     void orderWritersNeverRepeatAnEntry();
     void staleTemporaryFilesAreCleared();
+    void readOnlyFilesStayAsTheyAre();
 
 private:
     struct Run
@@ -285,6 +287,44 @@ void TestStoreFaults::staleTemporaryFilesAreCleared()
     edited.body = QStringLiteral("new");
     library.save(edited);
     QCOMPARE(entries(root + u"/Work"), (QStringList{".keep", ".vesk-tmp-fresh00000", "a.md"}));
+}
+
+void TestStoreFaults::readOnlyFilesStayAsTheyAre()
+{
+    // Root may write anything, so the check runs as an ordinary user: a
+    // child process that gives up root (CI runs as root).
+    QTemporaryDir dir;
+    const QString root = dir.path() + u"/lib";
+    write(root + u"/Inbox/locked.md", "---\ntitle: Locked\n---\n\nkept\n");
+    write(root + u"/Inbox/open.md", "---\ntitle: Open\n---\n\nold\n");
+    QVERIFY(QFile::setPermissions(root + u"/Inbox/locked.md", QFile::ReadOwner | QFile::ReadOther | QFile::ReadGroup));
+    for (const QString &path : QStringList{dir.path(), root, root + u"/Inbox"})
+        QVERIFY(QFile::setPermissions(path, QFile::Permissions(0x7777)));
+    const uid_t nobody = 65534;
+    QCOMPARE(::chown(QFile::encodeName(root + u"/Inbox/locked.md").constData(), nobody, nobody), 0);
+    QCOMPARE(::chown(QFile::encodeName(root + u"/Inbox/open.md").constData(), nobody, nobody), 0);
+    if (::geteuid() != 0)
+        QSKIP("needs root to act as another user");
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::setgid(nobody) != 0 || ::setuid(nobody) != 0)
+            ::_exit(10);
+        PromptLibrary library(QUrl::fromLocalFile(root));
+        for (const char *id : {"Inbox/locked.md", "Inbox/open.md"}) {
+            Prompt edited = *library.prompt(QString::fromLatin1(id));
+            edited.body = QStringLiteral("\nnew\n");
+            library.save(edited);
+        }
+        ::_exit(0);
+    }
+    int status = 0;
+    QCOMPARE(::waitpid(child, &status, 0), child);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+    QCOMPARE(read(root + u"/Inbox/locked.md"), "---\ntitle: Locked\n---\n\nkept\n");
+    QCOMPARE(read(root + u"/Inbox/open.md"), "---\ntitle: Open\n---\n\nnew\n");
+    QCOMPARE(QFileInfo(root + u"/Inbox/open.md").ownerId(), nobody);
 }
 
 QTEST_GUILESS_MAIN(TestStoreFaults)

@@ -151,6 +151,11 @@ bool writeFileAtomically(const QString &path, const QByteArray &bytes, QString *
         }
         exists = false;
     }
+    // A file its owner made read-only stays as it is, as an editor would leave it.
+    if (exists && ::access(encoded(target).constData(), W_OK) != 0) {
+        *error = systemErrorText(errno);
+        return false;
+    }
 
     QString temporary;
     FileDescriptor fd(createTemporary(folderOf(target), 0666, &temporary));
