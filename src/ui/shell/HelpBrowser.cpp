@@ -13,7 +13,7 @@ namespace {
 
 QString cssColor(const QColor &color)
 {
-    // QTextDocument reads #rrggbb but not alpha, so tones are blended here.
+    // Solid colours: the tones are blended with the page's background here.
     return color.name(QColor::HexRgb);
 }
 
