@@ -6,6 +6,7 @@
 #include "DemoLibrary.h"
 #include "PromptLibrary.h"
 #include "ui/detail/PromptDetailView.h"
+#include "ui/shell/HelpWindowController.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/Preferences.h"
 #include "ui/shell/SettingsWindow.h"
@@ -15,6 +16,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileInfo>
+#include <QTextBrowser>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPlainTextEdit>
@@ -62,6 +65,24 @@ void saveWithSheet(QWidget *window, QWidget *sheet, const char *name)
     std::printf("%s\n", qPrintable(path));
 }
 
+// Every page of the help book, each in a window tall enough to show it whole.
+void saveHelpPages(const char *prefix)
+{
+    const QString pagesFolder = QStringLiteral(VESK_HELP_PAGES);
+    HelpWindowController help(HelpBook::Locations{{pagesFolder}, {}});
+    for (const QString &page : QDir(pagesFolder).entryList({QStringLiteral("*.html")}, QDir::Files, QDir::Name)) {
+        help.show(page);
+        settle();
+        const int height = qRound(help.browser()->document()->size().height()) + 8;
+        help.window()->resize(620, qBound(520, height, 4000));
+        const QByteArray name = prefix + QFileInfo(page).completeBaseName().toUtf8();
+        save(help.window(), name.constData());
+    }
+    help.window()->resize(620, 520);
+    help.show(QStringLiteral("index.html"));
+    save(help.window(), QByteArray(QByteArray(prefix) + "window").constData());
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -82,6 +103,8 @@ int main(int argc, char *argv[])
         vesk.mainWindow()->show();
         save(vesk.mainWindow(), "welcome");
     }
+
+    saveHelpPages("help-");
 
     QTemporaryDir dir;
     const QString root = dir.path() + u"/prompts";
@@ -129,6 +152,8 @@ int main(int argc, char *argv[])
     window->searchField()->clear();
     settings->show();
     save(settings, "dark-settings");
+    settings->hide();
+    saveHelpPages("dark-help-");
     vesk.preferences()->setAppearance(QStringLiteral("system"));
     return 0;
 }

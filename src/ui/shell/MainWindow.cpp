@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "AppState.h"
+#include "HelpWindowController.h"
 #include "Placeholder.h"
 #include "PromptLibrary.h"
 #include "SearchResultsView.h"
@@ -121,6 +122,12 @@ void MainWindow::buildActions()
     m_preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(m_preferences, &QAction::triggered, this, &MainWindow::preferencesRequested);
 
+    m_help = new QAction(QStringLiteral("Vesk Help"), this);
+    m_help->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Slash));
+    m_help->setMenuRole(QAction::NoRole);
+    connect(m_help, &QAction::triggered, this,
+            [] { HelpWindowController::shared().show(QStringLiteral("index.html")); });
+
     // The toolbar's buttons are never disabled, unlike the menu command.
     m_toolbarNewPrompt = new QAction(u"New Prompt (" + native(QKeySequence::New) + u")", this);
     connect(m_toolbarNewPrompt, &QAction::triggered, m_state, &AppState::createNewPromptInRecent);
@@ -150,6 +157,9 @@ void MainWindow::buildMenus()
         QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
         edit->addAction(m_preferences);
     }
+    // Vesk Help is the Help menu's one item; on macOS it takes the place of
+    // the standard help item.
+    menuBar()->addMenu(QStringLiteral("&Help"))->addAction(m_help);
 }
 
 void MainWindow::buildToolbar()

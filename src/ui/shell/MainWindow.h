@@ -38,6 +38,7 @@ public:
     QAction *reloadAction() const { return m_reload; }
     QAction *revealAction() const { return m_reveal; }
     QAction *preferencesAction() const { return m_preferences; }
+    QAction *helpAction() const { return m_help; }
     QAction *hideSidebarAction() const { return m_hideSidebar; }
     QAction *showSidebarAction() const { return m_showSidebar; }
 
@@ -75,6 +76,7 @@ private:
     QAction *m_reload = nullptr;
     QAction *m_reveal = nullptr;
     QAction *m_preferences = nullptr;
+    QAction *m_help = nullptr;
     QAction *m_hideSidebar = nullptr;
     QAction *m_showSidebar = nullptr;
     QAction *m_toolbarNewPrompt = nullptr;
