@@ -290,9 +290,24 @@ QStringList SidebarModel::dragIDs(const QModelIndex &promptRow) const
 {
     const QString id = promptRow.data(PromptIdRole).toString();
     const QSet<QString> &selection = m_state->selectedPromptIDs();
-    if (selection.contains(id) && selection.size() >= 2)
-        return QStringList(selection.cbegin(), selection.cend());
-    return {id};
+    if (!selection.contains(id) || selection.size() < 2)
+        return {id};
+    // The set has no order of its own: take the rows' order, so that prompts
+    // dropped together land as they were listed.
+    QStringList ids;
+    for (const Section &section : m_sections) {
+        for (const Prompt &prompt : section.prompts) {
+            if (selection.contains(prompt.id) && !ids.contains(prompt.id))
+                ids.append(prompt.id);
+        }
+    }
+    QStringList unlisted;
+    for (const QString &selected : selection) {
+        if (!ids.contains(selected))
+            unlisted.append(selected);
+    }
+    unlisted.sort();
+    return ids + unlisted;
 }
 
 QMimeData *SidebarModel::mimeData(const QModelIndexList &indexes) const

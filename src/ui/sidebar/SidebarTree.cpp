@@ -109,7 +109,8 @@ void SidebarTree::dragFrom(const QModelIndex &index)
     drag->setMimeData(data);
     const QPixmap pixmap = dragPixmap(index);
     drag->setPixmap(pixmap);
-    drag->setHotSpot(QPoint(12, int(pixmap.height() / pixmap.devicePixelRatio() / 2)));
+    // Below and right of the pointer, clear of the row it points at.
+    drag->setHotSpot(QPoint(-14, -10));
     // The result is deliberately unused: only the library's reload moves rows.
     drag->exec(Qt::MoveAction, Qt::MoveAction);
 }
