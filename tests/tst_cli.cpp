@@ -24,6 +24,11 @@ private Q_SLOTS:
     void defaultRootAndTrashInAFreshHome();
     void repeatedOrderEntryStops();
     void saysWhatHappened();
+    void placeBeforeARow();
+    void placeIntoASection();
+    void placeSection();
+    void placeSkipsWhatIsNotThere();
+    void placeUsageErrors();
 
 private:
     struct Run
@@ -274,6 +279,112 @@ void TestCli::saysWhatHappened()
                  run.err.constData());
         QCOMPARE(run.out, QByteArray());
     }
+}
+
+namespace {
+// Word lists as the shell passes them.
+QStringList words(const char *line)
+{
+    return QString::fromUtf8(line).split(u' ');
+}
+} // namespace
+
+void TestCli::placeBeforeARow()
+{
+    write(root() + u"/Inbox/a.md", "---\ntitle: A\n---\n\nalpha", TestFiles::at(9));
+    write(root() + u"/Work/w1.md", "---\ntitle: W1\n---\n\none", TestFiles::at(8));
+    write(root() + u"/Work/w2.md", "---\ntitle: W2\n---\n\ntwo", TestFiles::at(7));
+    write(root() + u"/Work/p.md", "---\ntitle: P\npinned: true\n---\n\npinned", TestFiles::at(6));
+    write(root() + u"/Work/.vesk-order", "w1.md\nw2.md\n");
+
+    // Into another project, just above the target row.
+    Run run = cli(words("place Inbox/a.md --before Work/w2.md"));
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(run.out.isEmpty());
+    QCOMPARE(read(root() + u"/Work/.vesk-order"), "w1.md\na.md\nw2.md\n");
+    QCOMPARE(cli(words("list --project Work")).out, "Work/w1.md\tW1\nWork/a.md\tA\nWork/w2.md\tW2\n");
+
+    // Above a pinned row: pinned, and placed in the pinned order.
+    QCOMPARE(cli(words("place Work/w2.md --before Work/p.md")).exitCode, 0);
+    QCOMPARE(read(root() + u"/Work/w2.md"), "---\ntitle: W2\npinned: true\n---\n\ntwo");
+    QCOMPARE(read(root() + u"/.vesk-pinned-order"), "Work/w2.md\nWork/p.md\n");
+
+    // Several at once, the target among them: the others land above it.
+    QCOMPARE(cli(words("place Work/a.md Work/w1.md --before Work/a.md")).exitCode, 0);
+    QCOMPARE(read(root() + u"/Work/.vesk-order"), "w1.md\na.md\nw2.md\n");
+}
+
+void TestCli::placeIntoASection()
+{
+    write(root() + u"/Inbox/a.md", "---\ntitle: A\n---\n\nalpha", TestFiles::at(9));
+    write(root() + u"/Inbox/b.md", "---\ntitle: B\n---\n\nbeta", TestFiles::at(8));
+    write(root() + u"/Work/a.md", "---\ntitle: Other A\n---\n\nother", TestFiles::at(7));
+    write(root() + u"/Work/p.md", "---\ntitle: P\npinned: true\n---\n\npinned", TestFiles::at(6));
+    write(root() + u"/Work/.vesk-order", "a.md\n");
+
+    // Into a project: to its end, the moved prompts' new ids printed in order;
+    // a numbered name when the file name is taken; pinned ones unpinned.
+    Run run = cli(words("place Inbox/a.md Work/p.md Inbox/b.md --into Work"));
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, "Work/a 2.md\nWork/b.md\n");
+    QCOMPARE(read(root() + u"/Work/.vesk-order"), "a.md\na 2.md\np.md\nb.md\n");
+    QCOMPARE(read(root() + u"/Work/p.md"), "---\ntitle: P\n---\n\npinned");
+    QCOMPARE(json(words("place Work/b.md --into Inbox")), QJsonValue(QJsonArray{"Inbox/b.md"}));
+
+    // Into "@pinned": pinned, nothing printed, the pinned order untouched.
+    run = cli(words("place Inbox/b.md Work/a.md --into @pinned"));
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(run.out.isEmpty());
+    QCOMPARE(read(root() + u"/Inbox/b.md"), "---\ntitle: B\npinned: true\n---\n\nbeta");
+    QCOMPARE(read(root() + u"/Work/a.md"), "---\ntitle: Other A\npinned: true\n---\n\nother");
+    QVERIFY(!QFile::exists(root() + u"/.vesk-pinned-order"));
+}
+
+void TestCli::placeSection()
+{
+    QVERIFY(QDir().mkpath(root() + u"/Work"));
+    QVERIFY(QDir().mkpath(root() + u"/Home"));
+    QCOMPARE(cli(words("place-section @pinned --before Work")).exitCode, 0);
+    QCOMPARE(read(root() + u"/.vesk-sections-order"), "Inbox\nHome\n@pinned\nWork\n");
+    QCOMPARE(cli(words("sections")).out, "Inbox\nHome\n@pinned\nWork\n");
+    QCOMPARE(cli(words("place-section Work --before Inbox")).exitCode, 0);
+    QCOMPARE(cli(words("sections")).out, "Work\nInbox\nHome\n@pinned\n");
+}
+
+void TestCli::placeSkipsWhatIsNotThere()
+{
+    write(root() + u"/Inbox/a.md", "---\ntitle: A\n---\n\nalpha", TestFiles::at(9));
+    QVERIFY(QDir().mkpath(root() + u"/Work"));
+    const auto quiet = [this](const char *line) {
+        const Run run = cli(words(line));
+        QVERIFY2(run.exitCode == 0, line);
+        QVERIFY2(run.out.isEmpty() && run.err.isEmpty(), run.err.constData());
+    };
+    quiet("place Inbox/none.md --into Work");
+    quiet("place Inbox/a.md --into Nowhere");
+    quiet("place Inbox/a.md --before Work/none.md");
+    quiet("place-section Nowhere --before Work");
+    quiet("place-section Work --before Nowhere");
+    quiet("place-section Work --before Work");
+    QVERIFY(QFile::exists(root() + u"/Inbox/a.md"));
+    QVERIFY(!QFile::exists(root() + u"/.vesk-sections-order"));
+    QVERIFY(!QFile::exists(root() + u"/Work/.vesk-order"));
+
+    // Known ids still move when unknown ones come along.
+    const Run run = cli(words("place Gone/x.md Inbox/a.md --into Work"));
+    QCOMPARE(run.out, "Work/a.md\n");
+}
+
+void TestCli::placeUsageErrors()
+{
+    for (const char *line : {"place --into Work", "place Inbox/a.md", "place Inbox/a.md --into Work --before Inbox/b.md",
+                             "place Inbox/a.md --into", "place-section Work", "place-section --before Work",
+                             "place-section Work Home --before Inbox", "place-section Work --into Inbox"}) {
+        const Run run = cli(words(line));
+        QVERIFY2(run.exitCode == 2, line);
+        QVERIFY2(run.err.contains("Usage: vesk-cli"), line);
+    }
+    QVERIFY(cli({QStringLiteral("--help")}).out.contains("place ID... --before TARGET"));
 }
 
 QTEST_GUILESS_MAIN(TestCli)

@@ -11,6 +11,7 @@
 #include "ui/shell/Preferences.h"
 #include "ui/shell/SettingsWindow.h"
 #include "ui/shell/VeskApplication.h"
+#include "ui/sidebar/SidebarModel.h"
 #include "ui/sidebar/SidebarView.h"
 #include "ui/theme/Icons.h"
 
@@ -19,6 +20,7 @@
 #include <QFileInfo>
 #include <QTextBrowser>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QSettings>
@@ -83,6 +85,56 @@ void saveHelpPages(const char *prefix)
     save(help.window(), QByteArray(QByteArray(prefix) + "window").constData());
 }
 
+// The window with a drag over `target`: the sidebar's highlight, and the
+// drag's picture just below and right of the pointer, as the desktop shows it.
+void saveDragOver(MainWindow *window, const QModelIndex &dragged, const QModelIndex &target, const char *name)
+{
+    SidebarTree *tree = window->sidebar()->tree();
+    tree->setDropTarget(target);
+    settle();
+    QPixmap canvas = window->grab();
+    const QPoint pointer = tree->viewport()->mapTo(window, tree->visualRect(target).center() + QPoint(-40, 0));
+    QPainter painter(&canvas);
+    painter.drawPixmap(pointer + QPoint(14, 10), tree->dragPixmap(dragged));
+    painter.end();
+    tree->setDropTarget({});
+    const QString path = outputDir + u'/' + QString::fromLatin1(name) + u".png";
+    canvas.save(path);
+    std::printf("%s\n", qPrintable(path));
+}
+
+// The window with the context menu of `index` open where it was clicked, and
+// the submenu titled `openSubmenu` (if any) open beside it.
+void saveContextMenu(MainWindow *window, const QModelIndex &index, const QString &openSubmenu, const char *name)
+{
+    SidebarTree *tree = window->sidebar()->tree();
+    QMenu menu(window);
+    window->sidebar()->fillContextMenu(&menu, index, false);
+    const QPoint click = tree->viewport()->mapTo(window, tree->visualRect(index).center() + QPoint(-30, 0));
+    menu.popup(window->mapToGlobal(click));
+    settle();
+    QPixmap canvas = window->grab();
+    QPainter painter(&canvas);
+    painter.drawPixmap(click, menu.grab());
+    for (QAction *action : menu.actions()) {
+        if (action->menu() && action->text() == openSubmenu) {
+            menu.setActiveAction(action);
+            settle();
+            const QRect item = menu.actionGeometry(action);
+            action->menu()->popup(menu.mapToGlobal(item.topRight()));
+            settle();
+            painter.drawPixmap(click + item.topRight() + QPoint(0, -4), action->menu()->grab());
+            painter.drawPixmap(click, menu.grab()); // with the item highlighted
+            action->menu()->hide();
+        }
+    }
+    painter.end();
+    menu.hide();
+    const QString path = outputDir + u'/' + QString::fromLatin1(name) + u".png";
+    canvas.save(path);
+    std::printf("%s\n", qPrintable(path));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -129,6 +181,21 @@ int main(int argc, char *argv[])
     vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/standup.md"), QStringLiteral("Writing/email.md"),
                                         QStringLiteral("Research/paper.md")});
     save(window, "multi-selection");
+
+    // Organising: a drag over a row and over a header, the two context menus.
+    const SidebarModel *model = window->sidebar()->model();
+    vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/standup.md")});
+    saveDragOver(window, model->promptIndex(QStringLiteral("Inbox/standup.md")),
+                 model->promptIndex(QStringLiteral("Code Review/naming.md")), "drag-onto-row");
+    vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/standup.md"), QStringLiteral("Inbox/untitled.md")});
+    saveDragOver(window, model->promptIndex(QStringLiteral("Inbox/standup.md")),
+                 model->sectionIndex(QStringLiteral("Writing")), "drag-onto-header");
+    saveContextMenu(window, model->promptIndex(QStringLiteral("Inbox/untitled.md")),
+                    QStringLiteral("Move 2 prompts to Project"), "menu-prompts");
+    vesk.state()->setSelectedPromptIDs({QStringLiteral("Writing/email.md")});
+    saveContextMenu(window, model->promptIndex(QStringLiteral("Writing/email.md")), QStringLiteral("Move to Project"),
+                    "menu-prompt");
+    saveContextMenu(window, model->sectionIndex(QStringLiteral("Research")), {}, "menu-project");
 
     vesk.state()->setSelectedPromptIDs({});
     save(window, "empty-selection");

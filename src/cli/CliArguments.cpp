@@ -11,6 +11,8 @@ const QHash<QString, QStringList> &valueOptions()
         {QStringLiteral("new"),
          {QStringLiteral("--project"), QStringLiteral("--title"), QStringLiteral("--body"),
           QStringLiteral("--body-file")}},
+        {QStringLiteral("place"), {QStringLiteral("--before"), QStringLiteral("--into")}},
+        {QStringLiteral("place-section"), {QStringLiteral("--before")}},
     };
     return options;
 }
@@ -23,6 +25,8 @@ const QHash<QString, QStringList> &flagOptions()
     return flags;
 }
 
+constexpr int oneOrMore = -1;
+
 const QHash<QString, int> &positionalCounts()
 {
     static const QHash<QString, int> counts{
@@ -34,6 +38,7 @@ const QHash<QString, int> &positionalCounts()
         {QStringLiteral("move"), 2},     {QStringLiteral("trash"), 1},
         {QStringLiteral("project-new"), 1},   {QStringLiteral("project-rename"), 2},
         {QStringLiteral("project-trash"), 1},
+        {QStringLiteral("place"), oneOrMore},  {QStringLiteral("place-section"), 1},
     };
     return counts;
 }
@@ -100,7 +105,9 @@ CliParseResult parseCliArguments(const QStringList &arguments)
     const auto expected = positionalCounts().constFind(parsed.command);
     if (expected == positionalCounts().constEnd())
         return {std::nullopt, u"unknown command " + parsed.command};
-    if (parsed.positional.size() != *expected)
+    if (*expected == oneOrMore && parsed.positional.isEmpty())
+        return {std::nullopt, parsed.command + u" takes one or more arguments"};
+    if (*expected != oneOrMore && parsed.positional.size() != *expected)
         return {std::nullopt, parsed.command + u" takes " + QString::number(*expected) + u" argument(s)"};
     if (parsed.command == u"new" && parsed.options.contains(QStringLiteral("--body"))
         && parsed.options.contains(QStringLiteral("--body-file")))
@@ -108,6 +115,11 @@ CliParseResult parseCliArguments(const QStringList &arguments)
     if (parsed.command == u"list" && parsed.hasFlag(QStringLiteral("--pinned"))
         && parsed.options.contains(QStringLiteral("--project")))
         return {std::nullopt, QStringLiteral("--pinned and --project exclude each other")};
+    if (parsed.command == u"place"
+        && parsed.options.contains(QStringLiteral("--before")) == parsed.options.contains(QStringLiteral("--into")))
+        return {std::nullopt, QStringLiteral("place takes either --before or --into")};
+    if (parsed.command == u"place-section" && !parsed.options.contains(QStringLiteral("--before")))
+        return {std::nullopt, QStringLiteral("place-section needs --before")};
     return {parsed, {}};
 }
 
@@ -137,6 +149,16 @@ QString cliUsage()
         "  project-new NAME               create a project; prints its name\n"
         "  project-rename NAME NEWNAME    rename a project; prints the new name\n"
         "  project-trash NAME             move a project and its prompts to the Trash\n"
+        "\n"
+        "Organising, as the app's drag and drop does:\n"
+        "  place ID... --before TARGET    as dropping the prompts on TARGET's row: into its\n"
+        "                                 project (or Pinned) just above it\n"
+        "  place ID... --into SECTION     as dropping them on a section header: @pinned pins\n"
+        "                                 them; a project takes them at its end and the\n"
+        "                                 moved prompts' new ids are printed\n"
+        "  place-section SECTION --before SECTION\n"
+        "                                 as dropping one header on another\n"
+        "Ids and sections that do not exist are skipped, as a drop skips them.\n"
         "\n"
         "A prompt ID is PROJECT/FILE, as `list` prints it. Exit status: 0 on success,\n"
         "1 when the library refuses or cannot find something, 2 on a usage error.\n");

@@ -1,7 +1,9 @@
 #include "CliCommands.h"
 
+#include "AppState.h"
 #include "JsonOutput.h"
 #include "LibraryQueries.h"
+#include "Organizer.h"
 #include "PromptLibrary.h"
 #include "Variables.h"
 #include "VeskConst.h"
@@ -117,6 +119,8 @@ public:
             {QStringLiteral("project-new"), &Commands::projectNew},
             {QStringLiteral("project-rename"), &Commands::projectRename},
             {QStringLiteral("project-trash"), &Commands::projectTrash},
+            {QStringLiteral("place"), &Commands::place},
+            {QStringLiteral("place-section"), &Commands::placeSection},
         };
         return std::invoke(table.value(args.command), this);
     }
@@ -308,6 +312,45 @@ private:
                 ? failure(u"could not move the project " + quoted(project.name) + u" to the Trash")
                 : success();
         });
+    }
+
+    // The drop operations themselves, over a state of their own.
+    CliResult place()
+    {
+        AppState state(&lib);
+        Organizer organizer(&state);
+        const int failuresBefore = loggedLibraryFailures;
+        QStringList moved;
+        if (const std::optional<QString> before = args.option(QStringLiteral("--before"))) {
+            // A row that is not there takes no drop.
+            if (const std::optional<Prompt> target = lib.prompt(*before))
+                organizer.reorderPrompts(args.positional, *target);
+        } else {
+            const QString section = *args.option(QStringLiteral("--into"));
+            if (section == SidebarSection::pinnedId)
+                organizer.handleDropOnSection({{VeskDrag::Kind::Prompts, args.positional}}, section);
+            else
+                moved = organizer.movePrompts(args.positional, section);
+        }
+        if (loggedLibraryFailures != failuresBefore)
+            return {1, (moved.isEmpty() ? QString() : moved.join(u'\n') + u'\n').toUtf8(),
+                    "vesk-cli: not every prompt could be placed\n"};
+        return stringList(args, moved);
+    }
+
+    CliResult placeSection()
+    {
+        AppState state(&lib);
+        Organizer organizer(&state);
+        // Only headers that are shown can be dropped, or dropped on.
+        QStringList sections;
+        for (const SidebarSection &section : LibraryQueries::sidebarSections(lib))
+            sections.append(section.id());
+        const QString dragged = arg(0);
+        const QString target = *args.option(QStringLiteral("--before"));
+        if (sections.contains(dragged) && sections.contains(target))
+            organizer.handleDropOnSection({{VeskDrag::Kind::Section, {dragged}}}, target);
+        return success();
     }
 
     PromptLibrary &lib;

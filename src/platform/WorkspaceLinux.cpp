@@ -22,4 +22,9 @@ void revealInFileBrowser(const QString &path)
     QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
 }
 
+QString revealActionTitle()
+{
+    return QStringLiteral("Show in File Manager");
+}
+
 } // namespace Workspace

@@ -10,4 +10,9 @@ void revealInFileBrowser(const QString &path)
     QProcess::startDetached(QStringLiteral("/usr/bin/open"), {QStringLiteral("-R"), path});
 }
 
+QString revealActionTitle()
+{
+    return QStringLiteral("Reveal in Finder");
+}
+
 } // namespace Workspace

@@ -9,6 +9,7 @@
 
 #include <optional>
 
+class Alerts;
 class PromptLibrary;
 class ProjectNamePrompter;
 
@@ -50,6 +51,10 @@ public:
     void showNewProjectDialog();
     void setProjectNamePrompter(ProjectNamePrompter *prompter) { m_projectNamePrompter = prompter; }
 
+    // Asks the user to confirm trashing and renaming; none answers "Cancel".
+    Alerts *alerts() const { return m_alerts; }
+    void setAlerts(Alerts *alerts) { m_alerts = alerts; }
+
 Q_SIGNALS:
     // Any change of the library or of the fields below.
     void changed();
@@ -70,6 +75,7 @@ private:
     std::optional<Prompt> m_pendingPrompt;
     QTimer m_saveTimer;
     ProjectNamePrompter *m_projectNamePrompter = nullptr;
+    Alerts *m_alerts = nullptr;
 
     // Several views ask for the results of one query after each change; the
     // scan runs once per query and library state.

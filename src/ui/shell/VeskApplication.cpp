@@ -1,5 +1,6 @@
 #include "VeskApplication.h"
 
+#include "AlertDialog.h"
 #include "AppState.h"
 #include "MainWindow.h"
 #include "NewProjectDialog.h"
@@ -21,6 +22,8 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
     m_window = std::make_unique<MainWindow>(m_state.get());
     m_prompter = std::make_unique<DialogProjectNamePrompter>(m_window.get());
     m_state->setProjectNamePrompter(m_prompter.get());
+    m_alerts = std::make_unique<DialogAlerts>(m_window.get());
+    m_state->setAlerts(m_alerts.get());
 
     connect(m_preferences, &Preferences::appearanceChanged, this, &VeskApplication::updateAppAppearance);
     connect(m_window.get(), &MainWindow::preferencesRequested, this, [this] {
@@ -40,6 +43,7 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
 VeskApplication::~VeskApplication()
 {
     m_state->setProjectNamePrompter(nullptr);
+    m_state->setAlerts(nullptr);
     delete m_settings;
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 
 class AppState;
+class DialogAlerts;
 class DialogProjectNamePrompter;
 class MainWindow;
 class Preferences;
@@ -40,5 +41,6 @@ private:
     Preferences *m_preferences;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<DialogProjectNamePrompter> m_prompter;
+    std::unique_ptr<DialogAlerts> m_alerts;
     QPointer<SettingsWindow> m_settings;
 };

@@ -71,6 +71,13 @@ void SidebarDelegate::paintHeader(QPainter *painter, const QStyleOptionViewItem 
                                   const QModelIndex &index) const
 {
     const QRect rect = option.rect.adjusted(horizontalMargin, 0, -horizontalMargin, 0);
+    if (isDropTarget && isDropTarget(index)) {
+        QColor tint = Theme::accent(option.palette);
+        tint.setAlphaF(0.2);
+        QPainterPath plate;
+        plate.addRoundedRect(QRectF(option.rect.adjusted(6, 2, -6, 0)), 4, 4);
+        painter->fillPath(plate, tint);
+    }
     painter->setFont(Theme::font(11, QFont::DemiBold));
     painter->setPen(Theme::secondaryText(option.palette));
     const QRect textRect = rect.adjusted(2, 4, -24, 0);
@@ -86,6 +93,19 @@ void SidebarDelegate::paintHeader(QPainter *painter, const QStyleOptionViewItem 
     painter->translate(centre);
     painter->rotate(expanded ? 90 : 0);
     painter->drawPixmap(QPointF(-size / 2.0, -size / 2.0), chevron);
+}
+
+void SidebarDelegate::paintInsertionLine(QPainter *painter, const QStyleOptionViewItem &option) const
+{
+    // A 5-point circle and a 1-point line in the row's top padding, so the
+    // row keeps its height while a drag passes over it.
+    const QColor accent = Theme::accent(option.palette);
+    const qreal centreY = option.rect.top() + rowPadding / 2.0;
+    const qreal left = option.rect.left() + horizontalMargin;
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(accent);
+    painter->drawEllipse(QPointF(left + 2.5, centreY), 2.5, 2.5);
+    painter->fillRect(QRectF(left + 5, centreY - 0.5, option.rect.right() - horizontalMargin - left - 5, 1), accent);
 }
 
 void SidebarDelegate::paintPrompt(QPainter *painter, const QStyleOptionViewItem &option,
@@ -116,6 +136,9 @@ void SidebarDelegate::paintPrompt(QPainter *painter, const QStyleOptionViewItem 
     const QString title = index.data(SidebarModel::TitleRole).toString();
     const QVariant projectLine = index.data(SidebarModel::ProjectLineRole);
     const int variableCount = index.data(SidebarModel::VariableCountRole).toInt();
+
+    if (isDropTarget && isDropTarget(index))
+        paintInsertionLine(painter, option);
 
     QRect content = option.rect.adjusted(horizontalMargin, rowPadding, -horizontalMargin - 2, -rowPadding);
     const QPixmap icon = Icons::pixmap(QStringLiteral("doc.text"), tone(Theme::secondaryText(palette), 0.85), 14,

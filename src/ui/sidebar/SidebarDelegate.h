@@ -12,6 +12,9 @@ public:
 
     // Whether a section's chevron points down; the view tells the delegate.
     std::function<bool(const QModelIndex &)> isExpanded;
+    // Whether an accepted drag hovers over the row: a header is tinted, a
+    // prompt row shows the line where the drop lands.
+    std::function<bool(const QModelIndex &)> isDropTarget;
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
@@ -19,4 +22,5 @@ public:
 private:
     void paintHeader(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
     void paintPrompt(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
+    void paintInsertionLine(QPainter *painter, const QStyleOptionViewItem &option) const;
 };

@@ -8,6 +8,7 @@
 #include "VeskConst.h"
 
 #include <QKeySequence>
+#include <QMimeData>
 #include <QSet>
 
 namespace {
@@ -35,6 +36,7 @@ quint8 extraLines(const Prompt &prompt, bool showsProject)
 SidebarModel::SidebarModel(AppState *state, QObject *parent)
     : QAbstractItemModel(parent)
     , m_state(state)
+    , m_organizer(state)
 {
     m_sections = buildSections();
     // Only the library's lists shape the sidebar; a search or a selection does not.
@@ -177,9 +179,9 @@ Qt::ItemFlags SidebarModel::flags(const QModelIndex &index) const
         return Qt::NoItemFlags;
     switch (kind(index)) {
     case RowKind::Prompt:
-        return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+        return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled;
     case RowKind::Header:
-        return Qt::ItemIsEnabled;
+        return Qt::ItemIsEnabled | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled;
     case RowKind::Empty:
         return Qt::NoItemFlags;
     }
@@ -277,4 +279,109 @@ QModelIndex SidebarModel::promptIndex(const QString &promptId) const
         }
     }
     return {};
+}
+
+QStringList SidebarModel::mimeTypes() const
+{
+    return {DragPayloads::promptDragType(), DragPayloads::sectionDragType()};
+}
+
+QStringList SidebarModel::dragIDs(const QModelIndex &promptRow) const
+{
+    const QString id = promptRow.data(PromptIdRole).toString();
+    const QSet<QString> &selection = m_state->selectedPromptIDs();
+    if (!selection.contains(id) || selection.size() < 2)
+        return {id};
+    // The set has no order of its own: take the rows' order, so that prompts
+    // dropped together land as they were listed.
+    QStringList ids;
+    for (const Section &section : m_sections) {
+        for (const Prompt &prompt : section.prompts) {
+            if (selection.contains(prompt.id) && !ids.contains(prompt.id))
+                ids.append(prompt.id);
+        }
+    }
+    QStringList unlisted;
+    for (const QString &selected : selection) {
+        if (!ids.contains(selected))
+            unlisted.append(selected);
+    }
+    unlisted.sort();
+    return ids + unlisted;
+}
+
+QMimeData *SidebarModel::mimeData(const QModelIndexList &indexes) const
+{
+    if (indexes.size() == 1 && kind(indexes.first()) == RowKind::Header)
+        return DragPayloads::sectionMimeData(indexes.first().data(SectionIdRole).toString());
+    if (indexes.size() == 1 && kind(indexes.first()) == RowKind::Prompt)
+        return DragPayloads::promptMimeData(dragIDs(indexes.first()));
+    QStringList ids;
+    for (const QModelIndex &index : indexes) {
+        const QString id = index.data(PromptIdRole).toString();
+        if (kind(index) == RowKind::Prompt && !ids.contains(id))
+            ids.append(id);
+    }
+    return ids.isEmpty() ? nullptr : DragPayloads::promptMimeData(ids);
+}
+
+SidebarModel::DragLabel SidebarModel::dragLabel(const QModelIndex &index) const
+{
+    if (kind(index) == RowKind::Header)
+        return {{}, index.data().toString()};
+    const qsizetype count = dragIDs(index).size();
+    if (count > 1)
+        return {QStringLiteral("doc.on.doc"), QString::number(count) + u" prompts"};
+    QString label = index.data(TitleRole).toString();
+    if (label.isEmpty())
+        label = index.data(PreviewRole).toString();
+    if (label.isEmpty())
+        label = QStringLiteral("Prompt");
+    return {QStringLiteral("doc.text"), label};
+}
+
+QModelIndex SidebarModel::dropTarget(int row, const QModelIndex &parent) const
+{
+    // Dropping between rows means dropping on the row below: it lands before it.
+    return row < 0 ? parent : index(row, 0, parent);
+}
+
+QStringList SidebarModel::acceptedDragTypes(const QModelIndex &target) const
+{
+    switch (kind(target)) {
+    case RowKind::Header:
+        return {DragPayloads::promptDragType(), DragPayloads::sectionDragType()};
+    case RowKind::Prompt:
+        return {DragPayloads::promptDragType()};
+    case RowKind::Empty:
+        break;
+    }
+    return {};
+}
+
+bool SidebarModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int row, int,
+                                   const QModelIndex &parent) const
+{
+    const QModelIndex target = dropTarget(row, parent);
+    return data && target.isValid() && DragPayloads::carriesAny(*data, acceptedDragTypes(target));
+}
+
+bool SidebarModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                                const QModelIndex &parent)
+{
+    if (!canDropMimeData(data, action, row, column, parent))
+        return false;
+    const QModelIndex target = dropTarget(row, parent);
+    const QList<VeskDrag> drags = DragPayloads::decodeAll(*data, acceptedDragTypes(target));
+    if (kind(target) == RowKind::Header) {
+        m_organizer.handleDropOnSection(drags, target.data(SectionIdRole).toString());
+        return true;
+    }
+    // Each drop below reloads the library; the target row is kept as a value.
+    const Prompt targetPrompt = m_sections.at(int(target.internalId() - 1)).prompts.at(target.row());
+    for (const VeskDrag &drag : drags) {
+        if (drag.kind == VeskDrag::Kind::Prompts)
+            m_organizer.reorderPrompts(drag.payload, targetPrompt);
+    }
+    return true;
 }

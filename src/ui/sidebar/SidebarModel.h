@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Organizer.h"
 #include "Prompt.h"
 #include "SidebarSection.h"
 
@@ -38,6 +39,30 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
+    // Drag and drop. Headers drag their section and take prompt and section
+    // drops; prompt rows drag dragIDs() and take prompt drops only. A drop
+    // is on a row (row -1, parent the row) or before row `row` of `parent`.
+    // Rows are never removed by a drag: only the library's reload changes them.
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    bool canDropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                         const QModelIndex &parent) const override;
+    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                      const QModelIndex &parent) override;
+    Qt::DropActions supportedDragActions() const override { return Qt::MoveAction; }
+    Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
+
+    // The ids a drag started on this prompt row carries: the whole selection
+    // when the row is selected along with others, else just its own.
+    QStringList dragIDs(const QModelIndex &promptRow) const;
+    // The symbol and label shown under the pointer while dragging `index`.
+    struct DragLabel
+    {
+        QString symbol;
+        QString text;
+    };
+    DragLabel dragLabel(const QModelIndex &index) const;
+
     QModelIndex sectionIndex(const QString &sectionId) const;
     QModelIndex promptIndex(const QString &promptId) const;
     static RowKind kind(const QModelIndex &index);
@@ -60,7 +85,10 @@ private:
     void updateInPlace(QList<Section> sections);
     void reorder(QList<Section> sections);
     QVariant promptData(const Section &section, const Prompt &prompt, int role) const;
+    QModelIndex dropTarget(int row, const QModelIndex &parent) const;
+    QStringList acceptedDragTypes(const QModelIndex &target) const;
 
     AppState *m_state;
+    Organizer m_organizer;
     QList<Section> m_sections;
 };

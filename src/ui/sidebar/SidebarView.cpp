@@ -1,7 +1,9 @@
 #include "SidebarView.h"
 
 #include "AppState.h"
+#include "PromptLibrary.h"
 #include "PromptText.h"
+#include "VeskConst.h"
 #include "SidebarDelegate.h"
 #include "SidebarModel.h"
 #include "ui/theme/Theme.h"
@@ -10,6 +12,7 @@
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -23,6 +26,7 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
     , m_searchHeader(new QWidget(this))
     , m_searchSummary(new QLabel(m_searchHeader))
     , m_clearButton(new QPushButton(QStringLiteral("Clear"), m_searchHeader))
+    , m_menus(state)
 {
     setObjectName(QStringLiteral("sidebar"));
 
@@ -39,6 +43,7 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
     connect(m_clearButton, &QPushButton::clicked, this, [this] { m_state->setSearchQuery({}); });
 
     m_delegate->isExpanded = [this](const QModelIndex &index) { return m_tree->isExpanded(index); };
+    m_delegate->isDropTarget = [this](const QModelIndex &index) { return m_tree->dropTarget() == index; };
     m_tree->setModel(m_model);
     m_tree->setItemDelegate(m_delegate);
     m_tree->setHeaderHidden(true);
@@ -66,6 +71,9 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
     });
     connect(m_tree->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &SidebarView::syncSelectionToState);
+    connect(m_tree, &SidebarTree::contextMenuRequested, this, &SidebarView::showContextMenu);
+    connect(m_tree, &SidebarTree::deleteRequested, this,
+            [this] { m_menus.actions().confirmAndDeletePrompts(m_state->selectedPrompts()); });
 
     // A reset (prompts added or removed) rebuilds the rows: put expansion,
     // selection and the scroll position back as they were.
@@ -143,4 +151,34 @@ void SidebarView::updateSearchHeader()
     m_searchSummary->setText(results > 0
                                  ? QString(PromptText::counted(results, QStringLiteral("result")) + u" for “" + query + u"”")
                                  : QString(u"No results for “" + query + u"”"));
+}
+
+void SidebarView::fillContextMenu(QMenu *menu, const QModelIndex &index, bool fromKeyboard)
+{
+    if (SidebarModel::kind(index) == SidebarModel::RowKind::Header && index.isValid()) {
+        const SidebarSection section = SidebarSection::fromId(index.data(SidebarModel::SectionIdRole).toString());
+        if (section.isPinned() || section.projectName() == VeskConst::inboxProjectName)
+            return;
+        if (const std::optional<Project> project = m_state->library()->project(section.projectName()))
+            m_menus.addProjectItems(menu, *project);
+        return;
+    }
+    const QSet<QString> &selection = m_state->selectedPromptIDs();
+    if (SidebarModel::kind(index) == SidebarModel::RowKind::Prompt && index.isValid()) {
+        const QString id = index.data(SidebarModel::PromptIdRole).toString();
+        const bool forSelection = selection.contains(id) || (fromKeyboard && !selection.isEmpty());
+        m_menus.addPromptItems(menu, forSelection ? selection : QSet<QString>{id});
+        return;
+    }
+    // Elsewhere the keyboard still reaches the selection; a click there is on nothing.
+    if (fromKeyboard)
+        m_menus.addPromptItems(menu, selection);
+}
+
+void SidebarView::showContextMenu(const QModelIndex &index, const QPoint &globalPos, bool fromKeyboard)
+{
+    QMenu menu(this);
+    fillContextMenu(&menu, index, fromKeyboard);
+    if (!menu.isEmpty())
+        menu.exec(globalPos);
 }

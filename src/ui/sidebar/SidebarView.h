@@ -1,25 +1,17 @@
 #pragma once
 
+#include "SidebarMenus.h"
+#include "SidebarTree.h"
+
 #include <QHash>
-#include <QTreeView>
 #include <QWidget>
 
 class AppState;
 class QLabel;
+class QMenu;
 class QPushButton;
 class SidebarDelegate;
 class SidebarModel;
-
-// The tree under the sidebar: sections as top-level rows, prompts beneath.
-class SidebarTree : public QTreeView
-{
-    Q_OBJECT
-
-public:
-    using QTreeView::QTreeView;
-    // Lays out pending rows now, so that a scroll position can be restored.
-    void layOutNow() { executeDelayedItemsLayout(); }
-};
 
 // The left column: the search header while searching, then the sections.
 // Its selection is AppState's; changing it writes any pending edit first.
@@ -38,11 +30,19 @@ public:
     bool isSectionExpanded(const QString &sectionId) const { return m_sectionExpansion.value(sectionId, true); }
     void setSectionExpanded(const QString &sectionId, bool expanded);
 
+    // The context menu for a row: clicked (`fromKeyboard` false) or the
+    // current row reached by keyboard. Prompt rows give the prompt menu for
+    // the selection when the row is in it, else for that row alone; project
+    // headers other than "Inbox" give the project menu; anything else none.
+    void fillContextMenu(QMenu *menu, const QModelIndex &index, bool fromKeyboard);
+    SidebarMenus &menus() { return m_menus; }
+
 private:
     void applyExpansion();
     void syncSelectionFromState();
     void syncSelectionToState();
     void updateSearchHeader();
+    void showContextMenu(const QModelIndex &index, const QPoint &globalPos, bool fromKeyboard);
 
     AppState *m_state;
     SidebarModel *m_model;
@@ -51,6 +51,7 @@ private:
     QWidget *m_searchHeader;
     QLabel *m_searchSummary;
     QPushButton *m_clearButton;
+    SidebarMenus m_menus;
     QHash<QString, bool> m_sectionExpansion; // missing means expanded
     bool m_syncingSelection = false;
     int m_savedScroll = 0;
