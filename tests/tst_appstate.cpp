@@ -218,6 +218,9 @@ void TestAppState::libraryChangesAreRelayed()
 {
     QSignalSpy changed(m_state.get(), &AppState::changed);
     m_library->reload();
+    QCOMPARE(changed.size(), 0); // nothing on disk changed
+    write(path("Work/new.md"), "new");
+    m_library->reload();
     QCOMPARE(changed.size(), 1);
     m_state->setSearchQuery(QStringLiteral("x"));
     m_state->setSearchQuery(QStringLiteral("x")); // no change, no signal

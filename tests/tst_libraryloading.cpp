@@ -215,8 +215,22 @@ void TestLibraryLoading::reloadNotifiesPerListThenOnce()
     connect(&library, &PromptLibrary::promptsChanged, this, record("prompts"));
     connect(&library, &PromptLibrary::changed, this, record("changed"));
     library.reload();
+    QCOMPARE(order, QStringList()); // nothing changed, nothing announced
+
+    write(m_dir->path() + u"/.vesk-sections-order", "P\n");
+    write(m_dir->path() + u"/.vesk-pinned-order", "P/x.md\n");
+    write(m_dir->path() + u"/P/.vesk-order", "x.md\n");
+    write(m_dir->path() + u"/P/x.md", "x");
+    library.reload();
     QCOMPARE(order, QStringList({"sectionOrder", "pinnedOrder", "promptOrderByProject", "projects", "prompts",
                                  "changed"}));
+
+    // Only what changed is announced, still in that order.
+    order.clear();
+    write(m_dir->path() + u"/.vesk-pinned-order", "P/y.md\n");
+    write(m_dir->path() + u"/P/y.md", "y");
+    library.reload();
+    QCOMPARE(order, QStringList({"pinnedOrder", "projects", "prompts", "changed"}));
 }
 
 void TestLibraryLoading::everyReloadSeesEditsFromOtherPrograms()

@@ -60,6 +60,14 @@ auto modificationTime(const Stat &st)
         return st.st_mtimespec;
 }
 template<typename Stat>
+auto statusChangeTime(const Stat &st)
+{
+    if constexpr (requires { st.st_ctim; })
+        return st.st_ctim;
+    else
+        return st.st_ctimespec;
+}
+template<typename Stat>
 auto accessTime(const Stat &st)
 {
     if constexpr (requires { st.st_atim; })

@@ -3,63 +3,14 @@
 #include "FileOps.h"
 #include "FrontMatter.h"
 #include "VeskConst.h"
+#include "platform/FolderWatcher.h"
 
-#include <QCollator>
 #include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QFileInfo>
 #include <QSet>
-#include <QLocale>
-#include <QStringDecoder>
-
-#include <sys/stat.h>
 
 namespace {
-
-// Far beyond any prompt a person writes, and small enough to read whole.
-constexpr qint64 maxPromptFileBytes = qint64(64) << 20;
-constexpr qint64 maxOrderFileBytes = qint64(16) << 20;
-
-std::optional<QString> decodeUtf8(const QByteArray &bytes)
-{
-    // A byte-order mark is kept: such a file has no front matter.
-    QStringDecoder decoder(QStringConverter::Utf8,
-                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
-    QString text = decoder(bytes);
-    if (decoder.hasError())
-        return std::nullopt;
-    return text;
-}
-
-std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const QString &path, const QString &fileName,
-                                      const QString &projectName, const QDateTime &modified)
-{
-    std::optional<QString> text = decodeUtf8(bytes);
-    if (!text)
-        return std::nullopt;
-    FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
-
-    Prompt prompt;
-    prompt.id = projectName + u'/' + fileName;
-    prompt.projectName = projectName;
-    prompt.fileURL = QUrl::fromLocalFile(path);
-    prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
-    prompt.body = std::move(parsed.body);
-    prompt.modifiedAt = modified.isValid() ? modified : QDateTime::currentDateTimeUtc();
-    return prompt;
-}
-
-QDateTime modificationDate(const struct stat &st)
-{
-    const auto time = FileOps::modificationTime(st);
-    return QDateTime::fromMSecsSinceEpoch(qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000, Qt::UTC);
-}
-
-QString sizeText(qint64 bytes)
-{
-    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeIecFormat);
-}
 
 QString joinPath(const QString &folder, QStringView name)
 {
@@ -68,15 +19,31 @@ QString joinPath(const QString &folder, QStringView name)
     return folder + u'/' + name;
 }
 
+// Beyond this many changed prompts, sorting everything again is cheaper than
+// moving each into place.
+constexpr qsizetype maxPlacedOneByOne = 256;
+
 } // namespace
 
 PromptLibrary::PromptLibrary(const QUrl &rootURL, QObject *parent)
     : QObject(parent)
     , m_rootURL(rootURL)
+    , m_watcher(FolderWatcher::create())
 {
     ensureRoot();
     removeStaleTemporaryFiles();
     reload();
+}
+
+PromptLibrary::~PromptLibrary() = default;
+
+void PromptLibrary::ensureRoot()
+{
+    QDir().mkpath(rootPath());
+    const QString inbox = joinPath(rootPath(), VeskConst::inboxProjectName);
+    const QFileInfo inboxInfo(inbox);
+    if (!inboxInfo.exists() && !inboxInfo.isSymLink())
+        QDir().mkpath(inbox);
 }
 
 void PromptLibrary::removeStaleTemporaryFiles()
@@ -92,22 +59,18 @@ void PromptLibrary::removeStaleTemporaryFiles()
     }
 }
 
-void PromptLibrary::ensureRoot()
-{
-    QDir().mkpath(rootPath());
-    const QString inbox = joinPath(rootPath(), VeskConst::inboxProjectName);
-    const QFileInfo inboxInfo(inbox);
-    if (!inboxInfo.exists() && !inboxInfo.isSymLink())
-        QDir().mkpath(inbox);
-}
-
 std::optional<Prompt> PromptLibrary::prompt(const QString &id) const
 {
-    for (const Prompt &p : m_prompts) {
-        if (p.id == id)
-            return p;
-    }
-    return std::nullopt;
+    const qsizetype slash = id.indexOf(u'/');
+    if (slash < 0)
+        return std::nullopt;
+    const auto folder = m_folderIndex.constFind(id.left(slash));
+    if (folder == m_folderIndex.constEnd())
+        return std::nullopt;
+    const auto file = m_folders[*folder].files.constFind(id.mid(slash + 1));
+    if (file == m_folders[*folder].files.constEnd())
+        return std::nullopt;
+    return file->prompt;
 }
 
 std::optional<Project> PromptLibrary::project(const QString &name) const
@@ -126,117 +89,146 @@ QString PromptLibrary::orderFilePath(QStringView orderFileName) const
 
 void PromptLibrary::reload()
 {
-    const QString root = rootPath();
-    const QDir rootDir(root);
-    if (!rootDir.exists() || !rootDir.isReadable()) {
-        m_readFiles.clear();
-        m_projects.clear();
-        Q_EMIT projectsChanged();
-        m_prompts.clear();
-        Q_EMIT promptsChanged();
-        Q_EMIT changed();
+    Delta delta;
+    fullScan(&delta);
+    publish(delta);
+}
+
+void PromptLibrary::refresh(const QStringList &written)
+{
+    Delta delta;
+    if (!refreshFromHints(written, &delta)) {
+        delta = {};
+        fullScan(&delta);
+    }
+    publish(delta);
+}
+
+bool PromptLibrary::loadsBefore(const Prompt &a, const Prompt &b) const
+{
+    // Pinned first, then newest first, then load order: folders by name,
+    // files in the order their folder lists them.
+    if (a.frontMatter.pinned != b.frontMatter.pinned)
+        return a.frontMatter.pinned;
+    const qint64 aTime = a.modifiedAt.toMSecsSinceEpoch();
+    const qint64 bTime = b.modifiedAt.toMSecsSinceEpoch();
+    if (aTime != bTime)
+        return aTime > bTime;
+    const qsizetype aFolder = m_folderIndex.value(a.projectName);
+    const qsizetype bFolder = m_folderIndex.value(b.projectName);
+    if (aFolder != bFolder)
+        return aFolder < bFolder;
+    return m_folders[aFolder].rank.value(a.fileName()) < m_folders[bFolder].rank.value(b.fileName());
+}
+
+void PromptLibrary::rebuildPrompts(const Delta &delta)
+{
+    if (!delta.foldersChanged && !delta.listingReordered && delta.promptIDs.size() <= maxPlacedOneByOne) {
+        // Few prompts changed: take each out and put its new version where the
+        // order says, rather than sorting everything again.
+        for (const QString &id : delta.promptIDs) {
+            const auto old = std::find_if(m_prompts.cbegin(), m_prompts.cend(),
+                                          [&](const Prompt &p) { return p.id == id; });
+            if (old != m_prompts.cend())
+                m_prompts.erase(old);
+        }
+        for (const QString &id : delta.promptIDs) {
+            const std::optional<Prompt> current = prompt(id);
+            if (!current)
+                continue;
+            const auto at = std::lower_bound(m_prompts.cbegin(), m_prompts.cend(), *current,
+                                             [&](const Prompt &a, const Prompt &b) { return loadsBefore(a, b); });
+            m_prompts.insert(at, *current);
+        }
         return;
     }
 
-    QFileInfoList entries = rootDir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System,
-                                                  QDir::Unsorted);
-    QCollator collator;
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::stable_sort(entries.begin(), entries.end(), [&](const QFileInfo &a, const QFileInfo &b) {
-        return collator.compare(a.fileName(), b.fileName()) < 0;
-    });
-
-    QList<Project> projects;
-    QList<Prompt> prompts;
-    m_nextReadFiles.clear();
-    for (const QFileInfo &entry : std::as_const(entries)) {
-        // A symbolic link is not a folder of the library, even if it points at one.
-        if (!entry.isDir() || entry.isSymLink())
-            continue;
-        const QString name = entry.fileName();
-        QList<Prompt> loaded = loadPrompts(entry.filePath(), name);
-        projects.append({name, QUrl::fromLocalFile(entry.filePath()), int(loaded.size())});
-        prompts.append(std::move(loaded));
+    // Gathered in load order, so a stable sort by pinned and date leaves
+    // equal dates in load order.
+    struct Keyed
+    {
+        bool pinned;
+        qint64 time;
+        const Prompt *prompt;
+    };
+    std::vector<Keyed> keyed;
+    for (const Folder &folder : std::as_const(m_folders)) {
+        for (const QString &name : folder.listing) {
+            const auto file = folder.files.constFind(name);
+            if (file != folder.files.constEnd() && file->prompt)
+                keyed.push_back({file->prompt->frontMatter.pinned, file->prompt->modifiedAt.toMSecsSinceEpoch(),
+                                 &*file->prompt});
+        }
     }
-    m_readFiles = std::exchange(m_nextReadFiles, {});
-
-    QStringList sectionOrder = readOrderFile(orderFilePath(sectionOrderFileName));
-    if (sectionOrder.isEmpty())
-        sectionOrder = readOrderFile(orderFilePath(legacyProjectsOrderFileName));
-    m_sectionOrder = std::move(sectionOrder);
-    Q_EMIT sectionOrderChanged();
-
-    m_pinnedOrder = readOrderFile(orderFilePath(pinnedOrderFileName));
-    Q_EMIT pinnedOrderChanged();
-
-    QHash<QString, QStringList> orderByProject;
-    for (const Project &project : std::as_const(projects))
-        orderByProject.insert(project.name, readOrderFile(joinPath(project.path(), promptOrderFileName)));
-    m_promptOrderByProject = std::move(orderByProject);
-    Q_EMIT promptOrderByProjectChanged();
-
-    m_projects = sortByOrder(projects, [](const Project &p) { return p.name; }, m_sectionOrder);
-    Q_EMIT projectsChanged();
-
-    std::stable_sort(prompts.begin(), prompts.end(), [](const Prompt &a, const Prompt &b) {
-        if (a.frontMatter.pinned != b.frontMatter.pinned)
-            return a.frontMatter.pinned;
-        return a.modifiedAt > b.modifiedAt;
+    std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed &a, const Keyed &b) {
+        if (a.pinned != b.pinned)
+            return a.pinned;
+        return a.time > b.time;
     });
+    QList<Prompt> prompts;
+    prompts.reserve(qsizetype(keyed.size()));
+    for (const Keyed &k : keyed)
+        prompts.append(*k.prompt);
     m_prompts = std::move(prompts);
-    Q_EMIT promptsChanged();
-    Q_EMIT changed();
 }
 
-QList<Prompt> PromptLibrary::loadPrompts(const QString &folder, const QString &projectName)
+void PromptLibrary::publish(const Delta &delta)
 {
-    // A file whose times are this close to when it was read may have changed
-    // again within the same clock tick (stat gives whole seconds here, and
-    // FAT counts in 2 s steps).
-    constexpr qint64 settleSeconds = 3;
-    QList<Prompt> prompts;
-    // Unsorted: the file system's own listing order breaks ties between equal dates.
-    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System);
-    while (it.hasNext()) {
-        it.next();
-        if (!VeskConst::isPromptFileName(it.fileName()))
-            continue;
-        const QString path = it.filePath();
-        struct stat st;
-        // Only regular files (or links to them) are prompts: a FIFO would
-        // block the read and a device never ends.
-        if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
-            continue;
-        const auto known = m_readFiles.constFind(path);
-        const bool unchanged = known != m_readFiles.constEnd() && known->size == st.st_size
-            && known->modified == st.st_mtime && known->statusChanged == st.st_ctime
-            && known->inode == quint64(st.st_ino) && known->readAt - st.st_mtime > settleSeconds
-            && known->readAt - st.st_ctime > settleSeconds;
-        if (unchanged) {
-            if (known->prompt)
-                prompts.append(*known->prompt);
-            m_nextReadFiles.insert(path, *known);
-            continue;
+    // Lists are replaced in the order a full load assigns them, and only
+    // those that changed are announced.
+    m_lastChange = {};
+    bool anything = false;
+
+    if (!delta.rootUnreadable) {
+        QStringList sectionOrder = m_rootOrders[0];
+        if (sectionOrder.isEmpty())
+            sectionOrder = m_rootOrders[1];
+        if (!m_loadedOnce || sectionOrder != m_sectionOrder) {
+            m_sectionOrder = std::move(sectionOrder);
+            m_lastChange.ordersChanged = anything = true;
+            Q_EMIT sectionOrderChanged();
         }
-        ReadFile read{st.st_size, st.st_mtime, st.st_ctime, quint64(st.st_ino), QDateTime::currentSecsSinceEpoch(),
-                      std::nullopt, false};
-        FileOps::ReadFailure failure = FileOps::ReadFailure::None;
-        const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, maxPromptFileBytes, &failure);
-        if (bytes) {
-            read.prompt = promptFromBytes(*bytes, path, it.fileName(), projectName, modificationDate(st));
-            if (read.prompt)
-                prompts.append(*read.prompt);
-        } else if (failure == FileOps::ReadFailure::TooLarge) {
-            read.tooLarge = true;
-            // Once per file, not at every reload while it stays that large.
-            if (known == m_readFiles.constEnd() || !known->tooLarge)
-                qWarning().noquote() << u"Vesk: skipped " + projectName + u'/' + it.fileName() + u": "
-                        + sizeText(st.st_size) + u" is more than a prompt file may hold ("
-                        + sizeText(maxPromptFileBytes) + u")";
+        if (!m_loadedOnce || m_rootOrders[2] != m_pinnedOrder) {
+            m_pinnedOrder = m_rootOrders[2];
+            m_lastChange.ordersChanged = anything = true;
+            Q_EMIT pinnedOrderChanged();
         }
-        m_nextReadFiles.insert(path, std::move(read));
+        if (!m_loadedOnce || delta.foldersChanged || delta.projectOrdersChanged) {
+            QHash<QString, QStringList> orderByProject;
+            for (const Folder &folder : std::as_const(m_folders))
+                orderByProject.insert(folder.name, folder.order);
+            if (!m_loadedOnce || orderByProject != m_promptOrderByProject) {
+                m_promptOrderByProject = std::move(orderByProject);
+                m_lastChange.ordersChanged = anything = true;
+                Q_EMIT promptOrderByProjectChanged();
+            }
+        }
     }
-    return prompts;
+
+    QList<Project> projects;
+    projects.reserve(m_folders.size());
+    for (const Folder &folder : std::as_const(m_folders)) {
+        int count = 0;
+        for (const LoadedFile &file : folder.files)
+            count += file.prompt.has_value();
+        projects.append({folder.name, QUrl::fromLocalFile(folder.path), count});
+    }
+    projects = sortByOrder(projects, [](const Project &p) { return p.name; }, m_sectionOrder);
+    if (!m_loadedOnce || projects != m_projects) {
+        m_projects = std::move(projects);
+        m_lastChange.projectsChanged = anything = true;
+        Q_EMIT projectsChanged();
+    }
+
+    if (!m_loadedOnce || delta.foldersChanged || delta.listingReordered || !delta.promptIDs.isEmpty()) {
+        rebuildPrompts(delta);
+        m_lastChange.promptIDs = delta.promptIDs;
+        anything = true;
+        Q_EMIT promptsChanged();
+    }
+    m_loadedOnce = true;
+    if (anything)
+        Q_EMIT changed();
 }
 
 void PromptLibrary::setPromptOrder(const QString &projectName, const QStringList &order)
@@ -244,14 +236,15 @@ void PromptLibrary::setPromptOrder(const QString &projectName, const QStringList
     const std::optional<Project> target = project(projectName);
     if (!target)
         return;
-    writeOrderFile(joinPath(target->path(), promptOrderFileName), order);
-    reload();
+    const QString path = joinPath(target->path(), promptOrderFileName);
+    writeOrderFile(path, order);
+    refresh({path});
 }
 
 QStringList PromptLibrary::readOrderFile(const QString &path)
 {
-    const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, maxOrderFileBytes);
-    const std::optional<QString> text = bytes ? decodeUtf8(*bytes) : std::nullopt;
+    const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, LibraryScan::maxOrderFileBytes);
+    const std::optional<QString> text = bytes ? LibraryScan::decodeUtf8(*bytes) : std::nullopt;
     QStringList entries;
     if (!text)
         return entries;

@@ -1,19 +1,40 @@
 #pragma once
 
+#include "LibraryScan.h"
 #include "Prompt.h"
 
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <QUrl>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 
+class FolderWatcher;
+
+// What the last change of the published lists touched, for views that update
+// only what changed. Read it in a slot of changed().
+struct LibraryChange
+{
+    QSet<QString> promptIDs;     // prompts added, removed or changed (old and new ids)
+    bool projectsChanged = false; // the project list (names, order, counts)
+    bool ordersChanged = false;   // section, pinned or project order lists
+};
+
 // The in-memory mirror of the prompt folder. Every mutation writes to disk and
-// then reloads; the lists are never patched in place. Failures are logged as
-// one "Vesk: " line and reported to callers only as an empty result.
+// then rebuilds the lists from disk. Failures are logged as one "Vesk: " line
+// and reported to callers only as an empty result.
+//
+// reload() walks the whole folder (one stat per file) and reads again only
+// files that changed; a refresh after the app's own write looks only at what
+// the platform's change notification reports (plus what was written), and
+// walks everything when it is unavailable or lost track. Either way the lists
+// equal what a load from scratch would give, and lists that did not change
+// are neither rebuilt nor announced.
 class PromptLibrary : public QObject
 {
     Q_OBJECT
@@ -26,6 +47,7 @@ public:
 
     // Creates the root and "Inbox" when missing, then loads everything.
     explicit PromptLibrary(const QUrl &rootURL, QObject *parent = nullptr);
+    ~PromptLibrary() override;
 
     const QList<Project> &projects() const { return m_projects; }
     const QList<Prompt> &prompts() const { return m_prompts; }
@@ -38,7 +60,13 @@ public:
     std::optional<Prompt> prompt(const QString &id) const;
     std::optional<Project> project(const QString &name) const;
 
+    // Everything from disk: what other programs changed shows up here.
     void reload();
+    // After a write of the app's own: only what the change notification (and
+    // `written`) names is looked at again; a full reload when in doubt.
+    void refresh(const QStringList &written = {});
+
+    const LibraryChange &lastChange() const { return m_lastChange; }
 
     // Persists the manual order (file names) of one loaded project, then reloads.
     void setPromptOrder(const QString &projectName, const QStringList &order);
@@ -79,24 +107,51 @@ Q_SIGNALS:
 private:
     void ensureRoot();
     void removeStaleTemporaryFiles();
-    QList<Prompt> loadPrompts(const QString &folder, const QString &projectName);
 
-    // What the last reload read from each file, reused while the file's size
-    // and times are unchanged. Files changed within the last seconds before
-    // they were read are always read again, so coarse file-system clocks
-    // cannot hide an edit.
-    struct ReadFile
+    // One file as last read.
+    struct LoadedFile
     {
-        qint64 size;
-        qint64 modified;        // seconds since the epoch
-        qint64 statusChanged;   // seconds since the epoch
-        quint64 inode;
-        qint64 readAt;          // seconds since the epoch
+        LibraryScan::FileStamp stamp;
+        qint64 readAtSeconds = 0;
         std::optional<Prompt> prompt; // none: not UTF-8 text, or too large
-        bool tooLarge;
+        bool tooLarge = false;
     };
-    QHash<QString, ReadFile> m_readFiles;
-    QHash<QString, ReadFile> m_nextReadFiles;
+    // One project folder as last listed.
+    struct Folder
+    {
+        QString name;
+        QString path;
+        QStringList listing;               // prompt files in the file system's order
+        QHash<QString, qsizetype> rank;    // position in `listing`
+        QHash<QString, LoadedFile> files;  // by file name
+        QSet<QString> linked;              // files that are symbolic links
+        std::optional<LibraryScan::FileStamp> orderStamp;
+        QStringList order;
+    };
+    // What a reload or refresh changed, gathered before anything is published.
+    struct Delta
+    {
+        QSet<QString> promptIDs;
+        bool foldersChanged = false;   // folders added, removed or renamed
+        bool listingReordered = false; // a folder lists its files in another order
+        bool rootOrdersChanged = false;
+        bool projectOrdersChanged = false;
+        bool rootUnreadable = false;   // only projects and prompts are emptied
+    };
+
+    void fullScan(Delta *delta);
+    bool refreshFromHints(const QStringList &written, Delta *delta);
+    void listAndRead(const QList<qsizetype> &folders, QList<LibraryScan::ReadRequest> *requests,
+                     QList<qsizetype> *requestFolders, Delta *delta);
+    void applyReads(const QList<LibraryScan::ReadRequest> &requests, const QList<qsizetype> &requestFolders,
+                    Delta *delta);
+    bool rereadRootOrders();
+    void setFolders(const QStringList &names, Delta *delta);
+    void publish(const Delta &delta);
+    void rebuildPrompts(const Delta &delta);
+    bool loadsBefore(const Prompt &a, const Prompt &b) const;
+    void logTooLarge(const Folder &folder, const QString &fileName, qint64 size, const LoadedFile *before) const;
+
     [[noreturn]] static void failOnDuplicateOrderKey(const QString &key);
 
     QUrl m_rootURL;
@@ -105,6 +160,15 @@ private:
     QStringList m_sectionOrder;
     QStringList m_pinnedOrder;
     QHash<QString, QStringList> m_promptOrderByProject;
+
+    QList<Folder> m_folders;                // in display order of names
+    QHash<QString, qsizetype> m_folderIndex; // by name
+    std::optional<LibraryScan::FileStamp> m_rootOrderStamps[3];
+    QStringList m_rootOrders[3];
+    bool m_loadedOnce = false;
+    std::unique_ptr<FolderWatcher> m_watcher;
+    bool m_watchingAll = false;
+    LibraryChange m_lastChange;
 };
 
 template<typename T, typename KeyFn>

@@ -55,7 +55,7 @@ void PromptLibrary::save(const Prompt &prompt)
     QString error;
     if (!FileOps::writeTextAtomically(prompt.filePath(), text, &error))
         logFailure(u"Vesk: save failed for " + prompt.id + u": " + error);
-    reload();
+    refresh({prompt.filePath()});
 }
 
 std::optional<Prompt> PromptLibrary::createPrompt(const Project &project)
@@ -63,12 +63,13 @@ std::optional<Prompt> PromptLibrary::createPrompt(const Project &project)
     const QString fileName = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + u".md";
     const QString text = FrontMatter::serialize(PromptFrontMatter{}) + u'\n';
 
+    const QString path = project.path() + u'/' + fileName;
     QString error;
-    if (!FileOps::writeTextAtomically(project.path() + u'/' + fileName, text, &error)) {
+    if (!FileOps::writeTextAtomically(path, text, &error)) {
         logFailure(u"Vesk: create failed: " + error);
         return std::nullopt;
     }
-    reload();
+    refresh({path});
     return prompt(project.name + u'/' + fileName);
 }
 
@@ -77,7 +78,7 @@ void PromptLibrary::deletePrompt(const Prompt &prompt)
     QString error;
     if (!Trash::moveToTrash(prompt.filePath(), &error))
         logFailure(u"Vesk: delete failed for " + prompt.id + u": " + error);
-    reload();
+    refresh({prompt.filePath()});
 }
 
 std::optional<Project> PromptLibrary::createProject(const QString &name)
@@ -92,7 +93,7 @@ std::optional<Project> PromptLibrary::createProject(const QString &name)
         logFailure(u"Vesk: createProject failed: " + error);
         return std::nullopt;
     }
-    reload();
+    refresh();
     return project(sanitized);
 }
 
@@ -101,7 +102,7 @@ void PromptLibrary::deleteProject(const Project &project)
     QString error;
     if (!Trash::moveToTrash(project.path(), &error))
         logFailure(u"Vesk: deleteProject failed: " + error);
-    reload();
+    refresh();
 }
 
 std::optional<Project> PromptLibrary::renameProject(const Project &project, const QString &newName)
@@ -128,7 +129,7 @@ std::optional<Project> PromptLibrary::renameProject(const Project &project, cons
         logFailure(u"Vesk: renameProject failed: " + error);
         return std::nullopt;
     }
-    reload();
+    refresh();
     return this->project(sanitized);
 }
 
@@ -154,6 +155,6 @@ std::optional<Prompt> PromptLibrary::movePrompt(const Prompt &prompt, const Proj
         }
         targetName = stem + u' ' + QString::number(counter) + u".md";
     }
-    reload();
+    refresh({prompt.filePath(), target.path() + u'/' + targetName});
     return this->prompt(target.name + u'/' + targetName);
 }

@@ -1,0 +1,191 @@
+#include "LibraryScan.h"
+
+#include "FileOps.h"
+#include "FrontMatter.h"
+#include "VeskConst.h"
+
+#include <QFile>
+#include <QStringDecoder>
+#include <QUrl>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace LibraryScan {
+
+namespace {
+
+FileStamp stampFrom(const struct stat &st, bool isSymLink)
+{
+    const auto modified = FileOps::modificationTime(st);
+    const auto changed = FileOps::statusChangeTime(st);
+    return {qint64(st.st_size), qint64(modified.tv_sec) * 1000000000 + modified.tv_nsec,
+            qint64(changed.tv_sec) * 1000000000 + changed.tv_nsec, quint64(st.st_ino), isSymLink};
+}
+
+// A name as the file system stores it, when it survives the trip through
+// QString (names that are not UTF-8 could not be opened by path again).
+std::optional<QString> decodedName(const char *bytes)
+{
+    QString name = QFile::decodeName(bytes);
+    if (QFile::encodeName(name) != bytes)
+        return std::nullopt;
+    return name;
+}
+
+class Directory
+{
+public:
+    explicit Directory(const QString &path) : m_dir(::opendir(QFile::encodeName(path).constData())) {}
+    ~Directory()
+    {
+        if (m_dir)
+            ::closedir(m_dir);
+    }
+    Directory(const Directory &) = delete;
+    Directory &operator=(const Directory &) = delete;
+    bool isOpen() const { return m_dir != nullptr; }
+    int fd() const { return ::dirfd(m_dir); }
+    const dirent *next() { return ::readdir(m_dir); }
+
+private:
+    DIR *m_dir;
+};
+
+} // namespace
+
+std::optional<QString> decodeUtf8(const QByteArray &bytes)
+{
+    // A byte-order mark is kept: such a file has no front matter.
+    QStringDecoder decoder(QStringConverter::Utf8,
+                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
+    QString text = decoder(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
+}
+
+std::optional<FolderListing> listFolder(const QString &folder, bool stat)
+{
+    Directory dir(folder);
+    if (!dir.isOpen())
+        return std::nullopt;
+    FolderListing listing;
+    while (const dirent *entry = dir.next()) {
+        const char *bytes = entry->d_name;
+        if (bytes[0] == '.') {
+            if (stat && std::strcmp(bytes, ".vesk-order") == 0) {
+                struct stat st;
+                if (::fstatat(dir.fd(), bytes, &st, 0) == 0 && S_ISREG(st.st_mode))
+                    listing.orderFile = stampFrom(st, false);
+            }
+            continue;
+        }
+        const std::optional<QString> name = decodedName(bytes);
+        if (!name || !VeskConst::isPromptFileName(*name))
+            continue;
+        if (!stat) {
+            listing.files.append({*name, {}});
+            continue;
+        }
+        // One stat, through links: only regular files are prompts (a FIFO
+        // would block a read, a device never ends).
+        struct stat st;
+        if (::fstatat(dir.fd(), bytes, &st, 0) != 0 || !S_ISREG(st.st_mode))
+            continue;
+        bool isLink = entry->d_type == DT_LNK;
+        if (entry->d_type == DT_UNKNOWN) {
+            struct stat own;
+            isLink = ::fstatat(dir.fd(), bytes, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
+        }
+        listing.files.append({*name, stampFrom(st, isLink)});
+    }
+    return listing;
+}
+
+std::optional<FileStamp> stampOf(const QString &path)
+{
+    struct stat st;
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+        return std::nullopt;
+    struct stat own;
+    const bool isLink = ::lstat(QFile::encodeName(path).constData(), &own) == 0 && S_ISLNK(own.st_mode);
+    return stampFrom(st, isLink);
+}
+
+std::optional<QStringList> listProjects(const QString &root)
+{
+    Directory dir(root);
+    if (!dir.isOpen())
+        return std::nullopt;
+    QStringList projects;
+    while (const dirent *entry = dir.next()) {
+        if (entry->d_name[0] == '.')
+            continue;
+        // A symbolic link is not a folder of the library, even if it points at one.
+        bool isFolder = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN) {
+            struct stat st;
+            isFolder = ::fstatat(dir.fd(), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
+        }
+        if (!isFolder)
+            continue;
+        if (const std::optional<QString> name = decodedName(entry->d_name))
+            projects.append(*name);
+    }
+    return projects;
+}
+
+void parallelFor(qsizetype count, qsizetype minimumPerThread, const std::function<void(qsizetype)> &work)
+{
+    const qsizetype cores = qMax<qsizetype>(1, std::thread::hardware_concurrency());
+    const qsizetype threads = qBound<qsizetype>(1, count / qMax<qsizetype>(1, minimumPerThread), cores);
+    std::atomic<qsizetype> next{0};
+    auto run = [&] {
+        for (qsizetype i = next++; i < count; i = next++)
+            work(i);
+    };
+    std::vector<std::thread> helpers;
+    for (qsizetype t = 1; t < threads; ++t)
+        helpers.emplace_back(run);
+    run();
+    for (std::thread &helper : helpers)
+        helper.join();
+}
+
+QList<ReadResult> readPrompts(const QList<ReadRequest> &requests)
+{
+    QList<ReadResult> results(requests.size());
+    parallelFor(requests.size(), 32, [&](qsizetype i) {
+        const ReadRequest &request = requests[i];
+        const QString path = request.folder + u'/' + request.fileName;
+        ReadResult &result = results[i];
+        FileOps::ReadFailure failure = FileOps::ReadFailure::None;
+        const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, maxPromptFileBytes, &failure);
+        result.size = request.stamp.size;
+        if (!bytes) {
+            result.tooLarge = failure == FileOps::ReadFailure::TooLarge;
+            return;
+        }
+        std::optional<QString> text = decodeUtf8(*bytes);
+        if (!text)
+            return;
+        FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
+        Prompt prompt;
+        prompt.id = request.projectName + u'/' + request.fileName;
+        prompt.projectName = request.projectName;
+        prompt.fileURL = QUrl::fromLocalFile(path);
+        prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
+        prompt.body = std::move(parsed.body);
+        prompt.modifiedAt = QDateTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000, Qt::UTC);
+        result.prompt = std::move(prompt);
+    });
+    return results;
+}
+
+} // namespace LibraryScan
