@@ -53,12 +53,27 @@ bool AppState::isSearching() const
     return LibraryQueries::isSearchQuery(m_searchQuery);
 }
 
+const QList<qsizetype> &AppState::searchResultIndices() const
+{
+    const QString needle = m_searchQuery.trimmed().toLower();
+    const bool current = m_searchMemo && m_searchMemo->libraryRevision == m_libraryRevision;
+    if (current && m_searchMemo->needle == needle)
+        return m_searchMemo->indices;
+    // Typing on narrows: what contains the new query contains the old one.
+    const bool narrows = current && !m_searchMemo->needle.isEmpty() && needle.contains(m_searchMemo->needle);
+    QList<qsizetype> indices = LibraryQueries::searchIndices(m_library->prompts(), m_searchQuery,
+                                                             narrows ? &m_searchMemo->indices : nullptr);
+    m_searchMemo = SearchMemo{needle, m_libraryRevision, std::move(indices)};
+    return m_searchMemo->indices;
+}
+
 QList<Prompt> AppState::searchResults() const
 {
-    if (!m_searchMemo || m_searchMemo->query != m_searchQuery || m_searchMemo->libraryRevision != m_libraryRevision)
-        m_searchMemo = SearchMemo{m_searchQuery, m_libraryRevision,
-                                  LibraryQueries::searchResults(m_library->prompts(), m_searchQuery)};
-    return m_searchMemo->results;
+    const QList<Prompt> &prompts = m_library->prompts();
+    QList<Prompt> results;
+    for (const qsizetype index : searchResultIndices())
+        results.append(prompts[index]);
+    return results;
 }
 
 QList<Prompt> AppState::pinnedPrompts() const

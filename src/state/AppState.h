@@ -36,6 +36,8 @@ public:
     // Derived afresh from the library on every call.
     bool isSearching() const;
     QList<Prompt> searchResults() const;
+    // The results as positions in library()->prompts(), without copies.
+    const QList<qsizetype> &searchResultIndices() const;
     QList<Prompt> pinnedPrompts() const;
     QList<Prompt> promptsInProject(const QString &name) const;
     std::optional<Prompt> selectedPrompt() const;
@@ -78,12 +80,13 @@ private:
     Alerts *m_alerts = nullptr;
 
     // Several views ask for the results of one query after each change; the
-    // scan runs once per query and library state.
+    // scan runs once per query and library state, and a query typed on only
+    // looks through the results of the one before.
     struct SearchMemo
     {
-        QString query;
+        QString needle; // the query trimmed and lower-cased
         quint64 libraryRevision = 0;
-        QList<Prompt> results;
+        QList<qsizetype> indices;
     };
     mutable std::optional<SearchMemo> m_searchMemo;
     quint64 m_libraryRevision = 0;

@@ -1,9 +1,12 @@
 #include "LibraryQueries.h"
 
+#include "LibraryScan.h"
 #include "PromptLibrary.h"
 #include "VeskConst.h"
 
 #include <optional>
+
+#include <string.h>
 
 namespace LibraryQueries {
 
@@ -64,6 +67,28 @@ bool containsLowercased(const QString &text, const QString &needle, const AsciiN
     return text.toLower().contains(needle);
 }
 
+// The plain rule for one prompt: title, then body, then each tag.
+bool matchesPlainly(const Prompt &prompt, const QString &needle, const AsciiNeedle *asciiNeedle)
+{
+    if (containsLowercased(prompt.displayTitle(), needle, asciiNeedle)
+        || containsLowercased(prompt.body, needle, asciiNeedle))
+        return true;
+    for (const QString &tag : prompt.frontMatter.tags) {
+        if (containsLowercased(tag, needle, asciiNeedle))
+            return true;
+    }
+    return false;
+}
+
+std::optional<AsciiNeedle> asciiNeedleFor(const QString &needle)
+{
+    // A non-ASCII needle cannot occur in lower-cased ASCII text.
+    std::optional<AsciiNeedle> ascii;
+    if (QtPrivate::isAscii(needle))
+        ascii.emplace(needle);
+    return ascii;
+}
+
 } // namespace
 
 QList<Prompt> searchResults(const QList<Prompt> &prompts, const QString &query)
@@ -72,25 +97,48 @@ QList<Prompt> searchResults(const QList<Prompt> &prompts, const QString &query)
     QList<Prompt> results;
     if (needle.isEmpty())
         return results;
-    // A non-ASCII needle cannot occur in lower-cased ASCII text.
-    std::optional<AsciiNeedle> ascii;
-    if (QtPrivate::isAscii(needle))
-        ascii.emplace(needle);
-    const AsciiNeedle *asciiNeedle = ascii ? &*ascii : nullptr;
-    const auto matches = [&](const Prompt &prompt) {
-        if (containsLowercased(prompt.displayTitle(), needle, asciiNeedle)
-            || containsLowercased(prompt.body, needle, asciiNeedle))
-            return true;
-        for (const QString &tag : prompt.frontMatter.tags) {
-            if (containsLowercased(tag, needle, asciiNeedle))
-                return true;
-        }
-        return false;
-    };
+    const std::optional<AsciiNeedle> ascii = asciiNeedleFor(needle);
     for (const Prompt &prompt : prompts) {
-        if (matches(prompt))
+        if (matchesPlainly(prompt, needle, ascii ? &*ascii : nullptr))
             results.append(prompt);
     }
+    return results;
+}
+
+QList<qsizetype> searchIndices(const QList<Prompt> &prompts, const QString &query, const QList<qsizetype> *within)
+{
+    const QString needle = query.trimmed().toLower();
+    if (needle.isEmpty())
+        return {};
+    // Lower-cased UTF-8 holds a lower-cased text's substrings exactly where
+    // its UTF-16 does; a needle holding the fields' separator, or half of a
+    // surrogate pair, is searched the plain way.
+    const QByteArray bytes = needle.toUtf8();
+    const bool prepared = needle.isValidUtf16() && !bytes.contains('\0');
+    const std::optional<AsciiNeedle> ascii = asciiNeedleFor(needle);
+    const auto matches = [&](const Prompt &prompt) {
+        if (!prepared || prompt.searchText.isEmpty())
+            return matchesPlainly(prompt, needle, ascii ? &*ascii : nullptr);
+        return ::memmem(prompt.searchText.constData(), size_t(prompt.searchText.size()), bytes.constData(),
+                        size_t(bytes.size())) != nullptr;
+    };
+
+    // In chunks, on all cores; the chunks' results are joined in order.
+    const qsizetype count = within ? within->size() : prompts.size();
+    constexpr qsizetype chunkSize = 1024;
+    const qsizetype chunks = (count + chunkSize - 1) / chunkSize;
+    QList<QList<qsizetype>> found(chunks);
+    LibraryScan::parallelFor(chunks, 2, [&](qsizetype chunk) {
+        const qsizetype end = qMin(count, (chunk + 1) * chunkSize);
+        for (qsizetype i = chunk * chunkSize; i < end; ++i) {
+            const qsizetype index = within ? within->at(i) : i;
+            if (index < prompts.size() && matches(prompts[index]))
+                found[chunk].append(index);
+        }
+    });
+    QList<qsizetype> results;
+    for (const QList<qsizetype> &part : std::as_const(found))
+        results.append(part);
     return results;
 }
 

@@ -17,8 +17,15 @@ namespace LibraryQueries {
 bool isSearchQuery(const QString &query);
 
 // Prompts whose display title, body or a tag contains the trimmed query,
-// ignoring case; library order, no ranking.
+// ignoring case; library order, no ranking. The plain rule, prompt by prompt.
 QList<Prompt> searchResults(const QList<Prompt> &prompts, const QString &query);
+
+// The same search through each prompt's prepared search text, on all cores:
+// the same results in the same order, as indices into `prompts`. With
+// `within`, only those indices are looked at: the results of a query that
+// this one contains, since whatever contains this query contains that one.
+QList<qsizetype> searchIndices(const QList<Prompt> &prompts, const QString &query,
+                               const QList<qsizetype> *within = nullptr);
 
 // Pinned prompts in the pinned order (keyed by prompt id).
 QList<Prompt> pinnedPrompts(const PromptLibrary &library);

@@ -183,6 +183,7 @@ QList<ReadResult> readPrompts(const QList<ReadRequest> &requests)
         prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
         prompt.body = std::move(parsed.body);
         prompt.modifiedAt = QDateTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000, Qt::UTC);
+        prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
         result.prompt = std::move(prompt);
     });
     return results;

@@ -11,3 +11,38 @@ QString Prompt::displayTitle() const
     const QString title = frontMatter.title.trimmed();
     return title.isEmpty() ? QStringLiteral("New prompt") : title;
 }
+
+namespace {
+
+// Lower-cased UTF-8 of `text`. ASCII, the common case, is lowered byte by
+// byte; anything else goes through the full Unicode lower-casing.
+void appendLowered(QByteArray *out, const QString &text)
+{
+    if (!QtPrivate::isAscii(text)) {
+        out->append(text.toLower().toUtf8());
+        return;
+    }
+    const qsizetype start = out->size();
+    out->resize(start + text.size());
+    char *to = out->data() + start;
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        *to++ = char(u >= u'A' && u <= u'Z' ? u + 32 : u);
+    }
+}
+
+} // namespace
+
+QByteArray Prompt::makeSearchText(const QString &displayTitle, const QString &body, const QStringList &tags)
+{
+    QByteArray text;
+    text.reserve(displayTitle.size() + body.size() + 2 + tags.size() * 8);
+    appendLowered(&text, displayTitle);
+    text.append('\0');
+    appendLowered(&text, body);
+    for (const QString &tag : tags) {
+        text.append('\0');
+        appendLowered(&text, tag);
+    }
+    return text;
+}

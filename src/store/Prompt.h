@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
@@ -32,7 +33,18 @@ struct Prompt
     // The title lists and the search show: trimmed, or "New prompt" when blank.
     QString displayTitle() const;
 
-    friend bool operator==(const Prompt &, const Prompt &) = default;
+    // What the search looks through, made once when the library reads the
+    // file: the display title, the body and each tag, lower-cased, as UTF-8,
+    // separated by a NUL. Empty for prompts the library did not read (a
+    // draft); derived from the fields above, so not part of equality.
+    QByteArray searchText;
+    static QByteArray makeSearchText(const QString &displayTitle, const QString &body, const QStringList &tags);
+
+    friend bool operator==(const Prompt &a, const Prompt &b)
+    {
+        return a.id == b.id && a.projectName == b.projectName && a.fileURL == b.fileURL
+            && a.frontMatter == b.frontMatter && a.body == b.body && a.modifiedAt == b.modifiedAt;
+    }
 };
 
 // One project folder directly under the library root.
