@@ -40,6 +40,7 @@ private Q_SLOTS:
     void searchResultsAndLeavingASearch();
     void commandsAndSidebarButtons();
     void reloadWritesThePendingEditFirst();
+    void newPromptWritesTheOpenPromptsEditFirst();
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
@@ -168,6 +169,23 @@ void TestMainWindow::reloadWritesThePendingEditFirst()
     QVERIFY(!state->hasPendingSave());
     QVERIFY(m_app->library()->prompt(QStringLiteral("Inbox/a.md"))->body.contains(u'X'));
     QCOMPARE(m_app->library()->prompt(QStringLiteral("Inbox/b.md"))->frontMatter.title, u"Changed elsewhere");
+}
+
+void TestMainWindow::newPromptWritesTheOpenPromptsEditFirst()
+{
+    AppState *state = m_app->state();
+    MainWindow *window = m_app->mainWindow();
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
+    QTest::keyClicks(window->promptDetail()->editor(), QStringLiteral("X"));
+    QTest::keySequence(window, QKeySequence::New); // at once, within the save delay
+    const std::optional<Prompt> made = state->selectedPrompt();
+    QVERIFY(made && made->id != u"Inbox/a.md");
+    const QString created = made->id;
+    QTRY_COMPARE(window->focusWidget(), window->promptDetail()->editor());
+    QTest::keyClicks(window->promptDetail()->editor(), QStringLiteral("Y"));
+    QTRY_VERIFY_WITH_TIMEOUT(!state->hasPendingSave(), 2000);
+    QCOMPARE(TestFiles::read(path("prompts/Inbox/a.md")), "---\ntitle: Alpha\n---\n\nX\napple pie");
+    QCOMPARE(m_app->library()->prompt(created)->body, u"\nY");
 }
 
 void TestMainWindow::newProjectDialog()

@@ -155,28 +155,35 @@ const T &mergedField(const T &base, const T &mine, const T &theirs)
 
 void AppState::writePendingPrompt()
 {
-    Prompt mine = *std::exchange(m_pendingPrompt, std::nullopt);
-    const std::optional<Prompt> base = std::exchange(m_pendingBase, std::nullopt);
-
     // Another program may have written the file since the library last read
     // it; read it now, so that its change is merged rather than overwritten.
-    std::optional<Prompt> theirs = m_library->prompt(mine.id);
+    // The edit is still pending meanwhile: views keep showing it.
+    const QString id = m_pendingPrompt->id;
+    std::optional<Prompt> theirs = m_library->prompt(id);
     if (theirs && changedOnDiskSinceRead(*theirs)) {
         m_library->reload();
-        theirs = m_library->prompt(mine.id);
+        theirs = m_library->prompt(id);
     }
+    if (!m_pendingPrompt)
+        return; // written while the reload was announced
+    Prompt mine = *std::exchange(m_pendingPrompt, std::nullopt);
+    const std::optional<Prompt> base = std::exchange(m_pendingBase, std::nullopt);
     if (base && theirs && !(*theirs == *base)) {
         PromptFrontMatter &matter = mine.frontMatter;
         const PromptFrontMatter &was = base->frontMatter;
         const PromptFrontMatter &now = theirs->frontMatter;
+        const auto bothChanged = [](const QString &was, const QString &mine, const QString &theirs) {
+            return mine != was && theirs != was && mine != theirs;
+        };
+        // Where both changed the text, the user's wins and theirs stays at hand.
+        const bool overwrites = bothChanged(was.title, matter.title, now.title)
+            || bothChanged(base->body, mine.body, theirs->body);
         matter.title = mergedField(was.title, matter.title, now.title);
         matter.tags = mergedField(was.tags, matter.tags, now.tags);
         matter.model = mergedField(was.model, matter.model, now.model);
         matter.pinned = mergedField(was.pinned, matter.pinned, now.pinned);
-        if (mine.body == base->body) {
-            mine.body = theirs->body;
-        } else if (theirs->body != base->body && theirs->body != mine.body) {
-            // Both changed the text: the user's wins, theirs stays at hand.
+        mine.body = mergedField(base->body, mine.body, theirs->body);
+        if (overwrites) {
             m_overwrittenVersions.insert(mine.id, *theirs);
             m_library->save(mine);
             Q_EMIT overwrittenVersionKept(mine.id);

@@ -156,10 +156,8 @@ SearchResultsView::SearchResultsView(AppState *state, QWidget *parent)
         QSet<QString> ids;
         for (const QModelIndex &index : m_list->selectionModel()->selectedIndexes())
             ids.insert(index.data(SearchResultsModel::PromptIdRole).toString());
-        if (ids.isEmpty())
-            return;
-        m_state->flushPendingSave();
-        m_state->setSelectedPromptIDs(ids);
+        if (!ids.isEmpty())
+            m_state->setSelectedPromptIDs(ids);
     });
 
     auto *noMatches = new Placeholder(QStringLiteral("magnifyingglass"), 36, this);

@@ -125,11 +125,8 @@ void SidebarView::syncSelectionToState()
         if (SidebarModel::kind(index) == SidebarModel::RowKind::Prompt)
             ids.insert(index.data(SidebarModel::PromptIdRole).toString());
     }
-    if (ids == m_state->selectedPromptIDs())
-        return;
-    // The edit in progress belongs to the old selection: write it first.
-    m_state->flushPendingSave();
-    m_state->setSelectedPromptIDs(ids);
+    if (ids != m_state->selectedPromptIDs())
+        m_state->setSelectedPromptIDs(ids); // writes the edit in progress first
 }
 
 void SidebarView::updateSearchHeader()
