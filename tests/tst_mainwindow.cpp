@@ -9,10 +9,13 @@
 #include "ui/shell/SearchResultsView.h"
 #include "ui/shell/SettingsWindow.h"
 #include "ui/shell/VeskApplication.h"
+#include "ui/sidebar/SidebarModel.h"
 #include "ui/sidebar/SidebarView.h"
 
 #include <QAction>
 #include <QButtonGroup>
+#include <QClipboard>
+#include <QLabel>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
@@ -41,6 +44,7 @@ private Q_SLOTS:
     void commandsAndSidebarButtons();
     void reloadWritesThePendingEditFirst();
     void newPromptWritesTheOpenPromptsEditFirst();
+    void copyFromTheSidebarActsOnOneSelectedPrompt();
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
@@ -186,6 +190,33 @@ void TestMainWindow::newPromptWritesTheOpenPromptsEditFirst()
     QTRY_VERIFY_WITH_TIMEOUT(!state->hasPendingSave(), 2000);
     QCOMPARE(TestFiles::read(path("prompts/Inbox/a.md")), "---\ntitle: Alpha\n---\n\nX\napple pie");
     QCOMPARE(m_app->library()->prompt(created)->body, u"\nY");
+}
+
+void TestMainWindow::copyFromTheSidebarActsOnOneSelectedPrompt()
+{
+    AppState *state = m_app->state();
+    MainWindow *window = m_app->mainWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    SidebarTree *tree = window->sidebar()->tree();
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/b.md")});
+    tree->setFocus();
+    clipboard->setText(QStringLiteral("untouched"));
+    QTest::keySequence(tree, QKeySequence::Copy);
+    QCOMPARE(clipboard->text(), u"\nbanana");
+    QCOMPARE(window->promptDetail()->noticeLabel()->text(), u"Copied");
+
+    // Two prompts, or none: nothing is copied, not even a row's text.
+    for (const QSet<QString> &ids : {QSet<QString>{QStringLiteral("Inbox/a.md"), QStringLiteral("Inbox/b.md")},
+                                     QSet<QString>{}}) {
+        state->setSelectedPromptIDs(ids);
+        tree->setFocus();
+        tree->selectionModel()->setCurrentIndex(window->sidebar()->model()->promptIndex(QStringLiteral("Inbox/a.md")),
+                                                QItemSelectionModel::NoUpdate);
+        clipboard->setText(QStringLiteral("untouched"));
+        QTest::keySequence(tree, QKeySequence::Copy);
+        QCOMPARE(clipboard->text(), u"untouched");
+    }
 }
 
 void TestMainWindow::newProjectDialog()

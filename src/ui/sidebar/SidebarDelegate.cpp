@@ -20,6 +20,17 @@ qreal ratio(const QPainter *painter)
     return painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
 }
 
+// The keyboard's place in the list, while the list has the focus.
+void paintFocusRing(QPainter *painter, const QStyleOptionViewItem &option, const QRect &rect)
+{
+    if (!(option.state & QStyle::State_HasFocus))
+        return;
+    QPen pen(Theme::accent(option.palette), 1.5);
+    painter->setPen(pen);
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(rect).adjusted(0.75, 0.75, -0.75, -0.75), 6, 6);
+}
+
 } // namespace
 
 QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -71,6 +82,7 @@ void SidebarDelegate::paintHeader(QPainter *painter, const QStyleOptionViewItem 
                                   const QModelIndex &index) const
 {
     const QRect rect = option.rect.adjusted(horizontalMargin, 0, -horizontalMargin, 0);
+    paintFocusRing(painter, option, option.rect.adjusted(6, 2, -6, 0));
     painter->setFont(Theme::font(11, QFont::DemiBold));
     painter->setPen(Theme::secondaryText(option.palette));
     const QRect textRect = rect.adjusted(2, 4, -24, 0);
@@ -102,6 +114,8 @@ void SidebarDelegate::paintPrompt(QPainter *painter, const QStyleOptionViewItem 
         QPainterPath path;
         path.addRoundedRect(rowRect, 6, 6);
         painter->fillPath(path, fill);
+    } else {
+        paintFocusRing(painter, option, rowRect);
     }
     const QColor onSelection = palette.color(QPalette::HighlightedText);
     const auto tone = [&](const QColor &normal, qreal alpha) {
