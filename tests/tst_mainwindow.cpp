@@ -20,6 +20,10 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QPushButton>
@@ -45,6 +49,9 @@ private Q_SLOTS:
     void reloadWritesThePendingEditFirst();
     void newPromptWritesTheOpenPromptsEditFirst();
     void copyFromTheSidebarActsOnOneSelectedPrompt();
+    void keyboardReachesEveryControl();
+    void searchResultsByKeyboard();
+    void quitAndEscape();
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
@@ -150,12 +157,21 @@ void TestMainWindow::commandsAndSidebarButtons()
     QTRY_COMPARE(window->focusWidget(), window->promptDetail()->editor());
 
     QVERIFY(window->showSidebarAction()->isVisible() == false);
+    // The new-project and hide buttons belong to the sidebar's column and
+    // leave with it; the show button takes their place.
+    auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("toolbar"));
+    QAction *newProject = toolbar->actions().constFirst();
+    QVERIFY(newProject->toolTip().startsWith(u"New Project"));
     window->hideSidebarAction()->trigger();
     QVERIFY(window->sidebar()->isHidden());
     QVERIFY(window->showSidebarAction()->isVisible());
+    QVERIFY(!window->hideSidebarAction()->isVisible());
+    QVERIFY(!newProject->isVisible());
     window->showSidebarAction()->trigger();
     QVERIFY(window->sidebar()->isVisible());
     QVERIFY(!window->showSidebarAction()->isVisible());
+    QVERIFY(window->hideSidebarAction()->isVisible());
+    QVERIFY(newProject->isVisible());
 
     QVERIFY(QDir(path("prompts")).removeRecursively());
     window->reloadAction()->trigger();
@@ -217,6 +233,86 @@ void TestMainWindow::copyFromTheSidebarActsOnOneSelectedPrompt()
         QTest::keySequence(tree, QKeySequence::Copy);
         QCOMPARE(clipboard->text(), u"untouched");
     }
+}
+
+void TestMainWindow::keyboardReachesEveryControl()
+{
+    MainWindow *window = m_app->mainWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    m_app->state()->setSelectedPromptIDs({QStringLiteral("Inbox/b.md")});
+    auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("toolbar"));
+    QWidget *newProject = toolbar->widgetForAction(toolbar->actions().constFirst());
+
+    // Tab goes round every control once (Ctrl+Tab leaves the body, where Tab
+    // types a tab).
+    newProject->setFocus(Qt::TabFocusReason);
+    QList<QWidget *> visited;
+    while (!visited.contains(QApplication::focusWidget()) && visited.size() < 20) {
+        QWidget *focused = QApplication::focusWidget();
+        visited.append(focused);
+        QTest::keyClick(focused, Qt::Key_Tab, focused == window->promptDetail()->editor() ? Qt::ControlModifier
+                                                                                         : Qt::NoModifier);
+    }
+    QCOMPARE(QApplication::focusWidget(), newProject);
+    PromptDetailView *detail = window->promptDetail();
+    const QList<QWidget *> expected = {newProject, toolbar->widgetForAction(window->hideSidebarAction()),
+                                       window->searchField(), toolbar->widgetForAction(toolbar->actions().constLast()),
+                                       window->sidebar()->tree(), detail->titleField(), detail->pinButton(),
+                                       detail->copyButton(), detail->editor()};
+    QCOMPARE(visited, expected);
+
+    // And each shows its focus.
+    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7]}) {
+        button->setFocus(Qt::TabFocusReason);
+        const QImage focused = button->grab().toImage();
+        window->searchField()->setFocus(Qt::TabFocusReason);
+        QVERIFY2(button->grab().toImage() != focused, qPrintable(button->toolTip()));
+    }
+}
+
+void TestMainWindow::searchResultsByKeyboard()
+{
+    MainWindow *window = m_app->mainWindow();
+    AppState *state = m_app->state();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    window->searchField()->setFocus();
+    QTest::keyClicks(window->searchField(), QStringLiteral("e"));
+    // Down goes into the results; moving there does not pick one yet.
+    QTest::keyClick(window->searchField(), Qt::Key_Down);
+    QListView *list = window->searchResults()->list();
+    QCOMPARE(QApplication::focusWidget(), list);
+    QCOMPARE(list->currentIndex().row(), 0);
+    QTest::keyClick(list, Qt::Key_Down);
+    QCOMPARE(list->currentIndex().row(), 1);
+    QVERIFY(state->isSearching());
+    // Return picks it.
+    QTest::keyClick(list, Qt::Key_Return);
+    QVERIFY(!state->isSearching());
+    QCOMPARE(window->currentDetail(), Detail::Prompt);
+    QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+}
+
+void TestMainWindow::quitAndEscape()
+{
+    // File ▸ Quit (Ctrl+Q) closes the window, which quits.
+    MainWindow *window = m_app->mainWindow();
+    QAction *quit = nullptr;
+    for (QAction *action : window->menuBar()->actions().constFirst()->menu()->actions()) {
+        if (action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_Q))
+            quit = action;
+    }
+    QVERIFY(quit);
+    QCOMPARE(quit->text().remove(u'&'), u"Quit");
+
+    // Escape closes Settings.
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    QVERIFY(QTest::qWaitForWindowActive(settings));
+    QTest::keyClick(settings->appearancePicker(), Qt::Key_Escape);
+    QVERIFY(settings->isHidden());
+
+    quit->trigger();
+    QVERIFY(window->isHidden());
 }
 
 void TestMainWindow::newProjectDialog()

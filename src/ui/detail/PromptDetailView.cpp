@@ -359,8 +359,33 @@ void PromptDetailView::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
 }
 
+namespace {
+
+// Tab types a tab in the body; Ctrl+Tab and Ctrl+Shift+Tab leave it, as in
+// other editors that keep Tab for themselves.
+bool moveFocusOnControlTab(QWidget *editor, QKeyEvent *key)
+{
+    const bool backwards = key->key() == Qt::Key_Backtab || (key->modifiers() & Qt::ShiftModifier);
+    if ((key->key() != Qt::Key_Tab && key->key() != Qt::Key_Backtab) || !(key->modifiers() & Qt::ControlModifier))
+        return false;
+    for (QWidget *next = backwards ? editor->previousInFocusChain() : editor->nextInFocusChain(); next != editor;
+         next = backwards ? next->previousInFocusChain() : next->nextInFocusChain()) {
+        if ((next->focusPolicy() & Qt::TabFocus) && next->isVisible() && next->isEnabled()
+            && next->window() == editor->window()) {
+            next->setFocus(backwards ? Qt::BacktabFocusReason : Qt::TabFocusReason);
+            return true;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
 bool PromptDetailView::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == m_editor && event->type() == QEvent::KeyPress
+        && moveFocusOnControlTab(m_editor, static_cast<QKeyEvent *>(event)))
+        return true;
     // In a text field ⌘C copies the selection when there is one; otherwise
     // it copies the prompt, as the Copy button does.
     if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {

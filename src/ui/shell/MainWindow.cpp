@@ -12,6 +12,7 @@
 #include "ui/theme/Theme.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QGuiApplication>
@@ -116,6 +117,12 @@ void MainWindow::buildActions()
     connect(m_reveal, &QAction::triggered, this,
             [this] { Workspace::revealInFileBrowser(m_state->library()->rootPath()); });
 
+    m_quit = new QAction(QStringLiteral("&Quit"), this);
+    m_quit->setMenuRole(QAction::QuitRole);
+    m_quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    // Closing the windows quits, as closing the main window does.
+    connect(m_quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
+
     m_preferences = new QAction(QStringLiteral("Preferences…"), this);
     m_preferences->setMenuRole(QAction::PreferencesRole);
     m_preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
@@ -144,6 +151,9 @@ void MainWindow::buildMenus()
     file->addAction(m_reveal);
     // macOS puts the preferences item into the application menu by its role;
     // elsewhere it lives in Edit.
+    // macOS moves the quit item into the application menu by its role.
+    file->addSeparator();
+    file->addAction(m_quit);
     if (QGuiApplication::platformName() == u"cocoa") {
         file->addAction(m_preferences);
     } else {
@@ -179,8 +189,20 @@ void MainWindow::buildToolbar()
     });
     m_search->installEventFilter(this);
     toolbar->addAction(m_toolbarNewPrompt);
-    for (QAction *action : {m_toolbarNewProject, m_hideSidebar, m_showSidebar, m_toolbarNewPrompt})
-        action->setToolTip(action->text());
+    // Reachable with Tab, in the order they stand, then the sidebar.
+    QWidget *previous = nullptr;
+    for (QAction *action : {m_toolbarNewProject, m_hideSidebar, m_showSidebar, static_cast<QAction *>(nullptr),
+                            m_toolbarNewPrompt}) {
+        QWidget *widget = action ? toolbar->widgetForAction(action) : m_search;
+        if (action) {
+            action->setToolTip(action->text());
+            widget->setFocusPolicy(Qt::TabFocus);
+        }
+        if (previous)
+            setTabOrder(previous, widget);
+        previous = widget;
+    }
+    setTabOrder(previous, m_sidebar->tree());
 }
 
 void MainWindow::updateIcons()
@@ -201,10 +223,15 @@ void MainWindow::changeEvent(QEvent *event)
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_search && event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && !m_search->text().isEmpty()) {
-        m_search->clear();
-        return true;
+    if (watched == m_search && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Escape && !m_search->text().isEmpty()) {
+            m_search->clear();
+            return true;
+        }
+        // Down goes on into the results, as from any search field.
+        if (key == Qt::Key_Down && currentDetail() == Detail::SearchResults && m_searchResults->enterFromSearchField())
+            return true;
     }
     return QMainWindow::eventFilter(watched, event);
 }
@@ -215,15 +242,20 @@ void MainWindow::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
+// The new-project and hide buttons belong to the sidebar's column.
 void MainWindow::hideSidebar()
 {
     m_sidebar->hide();
+    m_toolbarNewProject->setVisible(false);
+    m_hideSidebar->setVisible(false);
     m_showSidebar->setVisible(true);
 }
 
 void MainWindow::showSidebar()
 {
     m_sidebar->show();
+    m_toolbarNewProject->setVisible(true);
+    m_hideSidebar->setVisible(true);
     m_showSidebar->setVisible(false);
 }
 

@@ -75,6 +75,7 @@ private:
     QAction *m_reload = nullptr;
     QAction *m_reveal = nullptr;
     QAction *m_preferences = nullptr;
+    QAction *m_quit = nullptr;
     QAction *m_hideSidebar = nullptr;
     QAction *m_showSidebar = nullptr;
     QAction *m_toolbarNewPrompt = nullptr;

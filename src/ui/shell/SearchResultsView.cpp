@@ -6,6 +6,7 @@
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 
+#include <QKeyEvent>
 #include <QListView>
 #include <QPainter>
 #include <QPainterPath>
@@ -101,6 +102,34 @@ public:
     }
 };
 
+// Picking a result ends the search, so the keyboard only moves among the
+// results; Return or Space picks the current one. A click picks at once.
+class SearchResultsList : public QListView
+{
+public:
+    using QListView::QListView;
+
+protected:
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index,
+                                                         const QEvent *event) const override
+    {
+        if (event && event->type() == QEvent::KeyPress)
+            return QItemSelectionModel::NoUpdate;
+        return QListView::selectionCommand(index, event);
+    }
+
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        const bool pick = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter
+            || event->key() == Qt::Key_Space;
+        if (pick && currentIndex().isValid() && event->modifiers() == Qt::NoModifier) {
+            selectionModel()->select(currentIndex(), QItemSelectionModel::ClearAndSelect);
+            return;
+        }
+        QListView::keyPressEvent(event);
+    }
+};
+
 } // namespace
 
 void SearchResultsModel::setResults(QList<Prompt> results)
@@ -140,7 +169,7 @@ SearchResultsView::SearchResultsView(AppState *state, QWidget *parent)
     : QStackedWidget(parent)
     , m_state(state)
     , m_model(new SearchResultsModel(this))
-    , m_list(new QListView(this))
+    , m_list(new SearchResultsList(this))
 {
     setObjectName(QStringLiteral("searchResults"));
     m_list->setModel(m_model);
@@ -166,6 +195,15 @@ SearchResultsView::SearchResultsView(AppState *state, QWidget *parent)
     m_noMatches = noMatches;
     addWidget(m_list);
     addWidget(m_noMatches);
+}
+
+bool SearchResultsView::enterFromSearchField()
+{
+    if (currentWidget() != m_list || m_model->rowCount() == 0)
+        return false;
+    m_list->setFocus(Qt::TabFocusReason);
+    m_list->selectionModel()->setCurrentIndex(m_model->index(0), QItemSelectionModel::NoUpdate);
+    return true;
 }
 
 void SearchResultsView::setResults(QList<Prompt> results)

@@ -11,6 +11,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -103,6 +104,16 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
         if (on)
             Accessibility::requestTrustIfNeeded();
     });
+}
+
+void SettingsWindow::keyPressEvent(QKeyEvent *event)
+{
+    // Escape closes it, as it closes any dialog.
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void SettingsWindow::showEvent(QShowEvent *event)
