@@ -10,6 +10,7 @@
 #include "ui/shell/SettingsWindow.h"
 #include "ui/shell/VeskApplication.h"
 #include "ui/sidebar/SidebarModel.h"
+#include "ui/theme/Theme.h"
 #include "ui/sidebar/SidebarView.h"
 
 #include <QAction>
@@ -55,6 +56,7 @@ private Q_SLOTS:
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
+    void iconsFollowAnAppearanceSwitch();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -396,6 +398,53 @@ void TestMainWindow::settingsStoreUnderTheirKeys()
     settings->hide();
     settings->show();
     QCOMPARE(settings->handoffPicker()->checkedButton()->text(), u"Claude");
+}
+
+namespace {
+// The colour of an icon: its most opaque pixel.
+QColor ink(const QImage &image)
+{
+    QColor best(Qt::transparent);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor c = image.pixelColor(x, y);
+            if (c.alpha() > best.alpha())
+                best = c;
+        }
+    }
+    return best;
+}
+} // namespace
+
+void TestMainWindow::iconsFollowAnAppearanceSwitch()
+{
+#ifndef VESK_APP_PALETTES
+    QSKIP("the system's own appearance switches the palettes");
+#endif
+    SettingsWindow *settings = m_app->settingsWindow();
+    MainWindow *window = m_app->mainWindow();
+    settings->show();
+    const auto icons = [&] {
+        QList<QImage> images;
+        for (const QLabel *label : settings->findChildren<QLabel *>()) {
+            if (!label->pixmap().isNull())
+                images.append(label->pixmap().toImage());
+        }
+        images.append(window->hideSidebarAction()->icon().pixmap(18).toImage());
+        return images;
+    };
+    for (const char *appearance : {"dark", "light", "dark"}) {
+        m_app->preferences()->setAppearance(QString::fromLatin1(appearance));
+        QCoreApplication::processEvents(); // widgets hear of the new palette through posted events
+        const QColor expected = Theme::secondaryText(settings->palette());
+        const QList<QImage> images = icons();
+        QCOMPARE(images.size(), 3);
+        for (const QImage &image : images) {
+            const QColor seen = ink(image);
+            QVERIFY2(qAbs(seen.red() - expected.red()) < 8 && qAbs(seen.blue() - expected.blue()) < 8,
+                     qPrintable(seen.name() + u" for " + expected.name() + u" in " + QLatin1StringView(appearance)));
+        }
+    }
 }
 
 QTEST_MAIN(TestMainWindow)

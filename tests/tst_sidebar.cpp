@@ -2,6 +2,7 @@
 #include "PromptLibrary.h"
 #include "TestFiles.h"
 #include "ui/sidebar/SidebarModel.h"
+#include "platform/SystemAppearance.h"
 #include "ui/sidebar/SidebarView.h"
 
 #include <QAbstractItemModelTester>
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void selectionIsAppStateAndFlushesFirst();
     void searchHeader();
     void foldingNeverChangesTheSelection();
+    void placeholderRowsAreReadable();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -276,6 +278,56 @@ void TestSidebar::foldingNeverChangesTheSelection()
     QGuiApplication::clipboard()->setText(QStringLiteral("untouched"));
     QTest::keySequence(tree, QKeySequence::Copy);
     QCOMPARE(QGuiApplication::clipboard()->text(), u"untouched");
+}
+
+namespace {
+double luminance(const QColor &c)
+{
+    const auto linear = [](double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(c.redF()) + 0.7152 * linear(c.greenF()) + 0.0722 * linear(c.blueF());
+}
+
+double contrast(const QColor &a, const QColor &b)
+{
+    const double la = luminance(a), lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+} // namespace
+
+void TestSidebar::placeholderRowsAreReadable()
+{
+#ifndef VESK_APP_PALETTES
+    QSKIP("the system's own palettes");
+#else
+    QVERIFY(QDir().mkpath(path("Ideas")));
+    m_library = std::make_unique<PromptLibrary>(QUrl::fromLocalFile(m_dir->path()));
+    m_state = std::make_unique<AppState>(m_library.get());
+    SidebarView view(m_state.get());
+    view.resize(300, 400);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    for (const auto scheme : {SystemAppearance::Scheme::Light, SystemAppearance::Scheme::Dark}) {
+        SystemAppearance::apply(scheme);
+        QCoreApplication::processEvents();
+        // "No pinned prompts", "Press … to add a prompt", "Empty", as painted:
+        // the text's strongest pixel against the row's background.
+        for (int section = 0; section < view.model()->rowCount(); ++section) {
+            const QModelIndex row = view.model()->index(0, 0, view.model()->index(section, 0));
+            QCOMPARE(SidebarModel::kind(row), Kind::Empty);
+            QRect rect = view.tree()->visualRect(row);
+            rect.moveTopLeft(view.tree()->viewport()->mapTo(&view, rect.topLeft()));
+            const QImage image = view.grab(rect).toImage();
+            const QColor background = image.pixelColor(image.width() - 2, image.height() / 2);
+            double best = 1;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x)
+                    best = std::max(best, contrast(background, image.pixelColor(x, y)));
+            }
+            QVERIFY2(best >= 3.0, qPrintable(row.data().toString() + u": " + QString::number(best)));
+        }
+    }
+    SystemAppearance::apply(SystemAppearance::Scheme::Light);
+#endif
 }
 
 QTEST_MAIN(TestSidebar)

@@ -23,9 +23,11 @@ public:
 protected:
     void showEvent(QShowEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void loadFromPreferences();
+    void updateIcons();
 
     Preferences *m_preferences;
     QComboBox *m_appearance;

@@ -68,12 +68,17 @@ void SidebarDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
     case SidebarModel::RowKind::Prompt:
         paintPrompt(painter, option, index);
         break;
-    case SidebarModel::RowKind::Empty:
+    case SidebarModel::RowKind::Empty: {
+        // The row is not selectable, which makes the view hand over the
+        // disabled colours; the text is meant to be read all the same.
+        QPalette palette = option.palette;
+        palette.setCurrentColorGroup(QPalette::Active);
         painter->setFont(Theme::font(11));
-        painter->setPen(Theme::tertiaryText(option.palette));
+        painter->setPen(Theme::tertiaryText(palette));
         painter->drawText(option.rect.adjusted(horizontalMargin + iconColumn, 0, -horizontalMargin, 0),
                           Qt::AlignVCenter | Qt::AlignLeft, index.data().toString());
         break;
+    }
     }
     painter->restore();
 }
