@@ -47,6 +47,7 @@ private Q_SLOTS:
     void bodyKeepsItsLineEnds();
     void editsKeepEveryUntouchedLineEnd();
     void noticeStaysWithItsPrompt();
+    void longVariableListsAreElided();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -480,6 +481,32 @@ void TestDetail::noticeStaysWithItsPrompt()
     QTest::qWait(900);
     QVERIFY(m_view->noticeLabel()->isVisible());
     QTRY_VERIFY_WITH_TIMEOUT(m_view->noticeLabel()->isHidden(), 1500);
+}
+
+void TestDetail::longVariableListsAreElided()
+{
+    show("Inbox/vars.md");
+    QStringList names;
+    for (int i = 0; i < 14; ++i)
+        names.append(QStringLiteral("customer_detail_number_%1").arg(i));
+    m_view->editor()->setPlainText(u"{{" + names.join(u"}} {{") + u"}}");
+    QCoreApplication::processEvents();
+    QLabel *shown = nullptr;
+    for (QLabel *label : m_view->variablesPanel()->findChildren<QLabel *>()) {
+        if (label->text().startsWith(u"customer_detail_number_0, "))
+            shown = label;
+    }
+    QVERIFY(shown);
+    // Cut with an ellipsis, wholly inside its own width, with room before the button.
+    QVERIFY2(shown->text().endsWith(u'…'), qPrintable(shown->text()));
+    QVERIFY(shown->fontMetrics().horizontalAdvance(shown->text()) <= shown->width());
+    QVERIFY(shown->geometry().right() + 12 <= m_view->fillButton()->geometry().left());
+    QCOMPARE(shown->toolTip(), names.join(u", "));
+
+    // A list that fits is shown whole; wider, more of it shows.
+    m_view->editor()->setPlainText(QStringLiteral("{{a}} {{b}}"));
+    QCoreApplication::processEvents();
+    QCOMPARE(shown->text(), u"a, b");
 }
 
 QTEST_MAIN(TestDetail)

@@ -9,6 +9,7 @@
 #include "TitleField.h"
 #include "VariableFillSheet.h"
 #include "Variables.h"
+#include "ui/theme/ElidedLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 
@@ -51,7 +52,7 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
     , m_variablesPanel(new QWidget(this))
     , m_variablesIcon(new QLabel(m_variablesPanel))
     , m_variablesCount(new QLabel(m_variablesPanel))
-    , m_variablesNames(new QLabel(m_variablesPanel))
+    , m_variablesNames(new ElidedLabel(m_variablesPanel))
     , m_fillButton(new QPushButton(QStringLiteral("Fill && Copy"), m_variablesPanel))
     , m_otherVersionBar(new OtherVersionBar(this))
     , m_copyShortcut(new QShortcut(QKeySequence::Copy, this))
@@ -176,8 +177,6 @@ void PromptDetailView::buildVariablesPanel()
     Theme::setTextTone(dot, Theme::Tone::Tertiary);
     m_variablesNames->setFont(Theme::font(11));
     Theme::setTextTone(m_variablesNames, Theme::Tone::Tertiary);
-    m_variablesNames->setTextFormat(Qt::PlainText);
-    m_variablesNames->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_fillButton->setObjectName(QStringLiteral("fillButton"));
     m_fillButton->setFont(Theme::font(11));
     m_fillButton->setAutoDefault(false);
@@ -186,6 +185,7 @@ void PromptDetailView::buildVariablesPanel()
     row->addWidget(m_variablesCount);
     row->addWidget(dot);
     row->addWidget(m_variablesNames, 1);
+    row->addSpacing(12); // the names never run up to the button
     row->addWidget(m_fillButton);
 }
 
@@ -329,7 +329,7 @@ void PromptDetailView::updateChrome()
     m_variablesPanel->setVisible(hasVariables);
     if (hasVariables) {
         m_variablesCount->setText(PromptText::counted(names.size(), QStringLiteral("variable")));
-        m_variablesNames->setText(names.join(u", "));
+        m_variablesNames->setFullText(names.join(u", "));
     }
     updateIcons();
 }

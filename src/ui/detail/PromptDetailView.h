@@ -8,6 +8,7 @@
 #include <QWidget>
 
 class AppState;
+class ElidedLabel;
 class OtherVersionBar;
 class QLabel;
 class QLineEdit;
@@ -87,7 +88,7 @@ private:
     QWidget *m_variablesPanel;
     QLabel *m_variablesIcon;
     QLabel *m_variablesCount;
-    QLabel *m_variablesNames;
+    ElidedLabel *m_variablesNames;
     QPushButton *m_fillButton;
     OtherVersionBar *m_otherVersionBar;
     QShortcut *m_copyShortcut;
