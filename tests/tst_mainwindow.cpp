@@ -35,6 +35,7 @@ using TestFiles::at;
 using TestFiles::write;
 using Detail = MainWindow::Detail;
 using Scheme = SystemAppearance::Scheme;
+using namespace Qt::StringLiterals;
 
 class TestMainWindow : public QObject
 {
@@ -52,6 +53,7 @@ private Q_SLOTS:
     void copyFromTheSidebarActsOnOneSelectedPrompt();
     void keyboardReachesEveryControl();
     void searchResultsByKeyboard();
+    void searchResultPreviewsHaveTwoLines();
     void quitAndEscape();
     void newProjectDialog();
     void appearanceResolution();
@@ -292,6 +294,43 @@ void TestMainWindow::searchResultsByKeyboard()
     QVERIFY(!state->isSearching());
     QCOMPARE(window->currentDetail(), Detail::Prompt);
     QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+}
+
+namespace {
+// The horizontal bands of a picture that hold something other than its
+// background: the lines of text in a row.
+int inkBands(const QImage &image)
+{
+    const QColor background = image.pixelColor(image.width() - 3, image.height() / 2);
+    int bands = 0;
+    bool inBand = false;
+    for (int y = 0; y < image.height(); ++y) {
+        bool ink = false;
+        for (int x = 0; x < image.width() && !ink; ++x) {
+            const QColor c = image.pixelColor(x, y);
+            ink = qAbs(c.lightness() - background.lightness()) > 60;
+        }
+        bands += ink && !inBand ? 1 : 0;
+        inBand = ink;
+    }
+    return bands;
+}
+} // namespace
+
+void TestMainWindow::searchResultPreviewsHaveTwoLines()
+{
+    const QString longBody = QStringLiteral("zebra ") + QString(u"lorem ipsum dolor sit amet "_s).repeated(6);
+    write(path("prompts/Inbox/titled.md"), ("---\ntitle: With a title\n---\n\n" + longBody).toUtf8(), at(9));
+    write(path("prompts/Inbox/untitled.md"), ("---\ntitle: \n---\n\nzebra " + longBody).toUtf8(), at(8));
+    m_app->library()->reload();
+    MainWindow *window = m_app->mainWindow();
+    window->searchField()->setText(QStringLiteral("zebra"));
+    QListView *list = window->searchResults()->list();
+    QCOMPARE(list->model()->rowCount(), 2);
+    QCoreApplication::processEvents();
+    // Two lines of preview, then the title; without a title, the two lines.
+    QCOMPARE(inkBands(list->viewport()->grab(list->visualRect(list->model()->index(0, 0))).toImage()), 3);
+    QCOMPARE(inkBands(list->viewport()->grab(list->visualRect(list->model()->index(1, 0))).toImage()), 2);
 }
 
 void TestMainWindow::quitAndEscape()

@@ -15,9 +15,23 @@
 
 namespace {
 
-constexpr int rowHeight = 64;
+constexpr int cardMargin = 2;   // around the rounded card
+constexpr int textInset = 6;    // inside it, above and below the text
+constexpr int lineGap = 3;      // between the preview and the title
 
-// Body first as the headline, the title under it; a pin for pinned prompts.
+QFont headlineFont()
+{
+    return Theme::font(14, QFont::Medium);
+}
+
+QFont subtitleFont()
+{
+    return Theme::font(12);
+}
+
+// Body first as the headline (up to two lines), the title under it; a pin
+// for pinned prompts. Every row has the height of the fullest one, so a
+// long list lays out without measuring each text.
 class SearchResultDelegate : public QStyledItemDelegate
 {
 public:
@@ -25,7 +39,9 @@ public:
 
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const override
     {
-        return {option.rect.width(), rowHeight};
+        static const int height = 2 * (cardMargin + textInset) + 2 * QFontMetrics(headlineFont()).height()
+            + lineGap + QFontMetrics(subtitleFont()).height();
+        return {option.rect.width(), height};
     }
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
@@ -35,7 +51,7 @@ public:
         const QPalette &p = option.palette;
         const bool selected = option.state & QStyle::State_Selected;
         const bool hovered = option.state & QStyle::State_MouseOver;
-        const QRect card = option.rect.adjusted(10, 2, -10, -2);
+        const QRect card = option.rect.adjusted(10, cardMargin, -10, -cardMargin);
         if (selected || hovered) {
             QPainterPath path;
             path.addRoundedRect(card, 8, 8);
@@ -44,59 +60,67 @@ public:
                 fill.setAlphaF(0.35);
             painter->fillPath(path, fill);
         }
+        if (option.state & QStyle::State_HasFocus) {
+            painter->setPen(QPen(selected ? p.color(QPalette::HighlightedText) : Theme::accent(p), 1.5));
+            painter->drawRoundedRect(QRectF(card).adjusted(0.75, 0.75, -0.75, -0.75), 8, 8);
+        }
         const auto color = [&](const QColor &c) { return selected ? p.color(QPalette::HighlightedText) : c; };
 
-        QRect text = card.adjusted(12, 6, -12, -6);
+        QRect text = card.adjusted(12, textInset, -12, -textInset);
         const QString preview = index.data(SearchResultsModel::PreviewRole).toString();
         const QString subtitle = index.data(SearchResultsModel::SubtitleRole).toString();
-        const QFont headlineFont = Theme::font(14, QFont::Medium);
-        painter->setFont(headlineFont);
-        const QFontMetrics metrics(headlineFont);
-
-        // A pinned result shows a pin just after its headline.
-        if (index.data(SearchResultsModel::PinnedRole).toBool()) {
-            constexpr int pinSize = 10;
+        const QFont headline = headlineFont();
+        const QFontMetrics metrics(headline);
+        const QFontMetrics subtitleMetrics(subtitleFont());
+        const bool pinned = index.data(SearchResultsModel::PinnedRole).toBool();
+        constexpr int pinSize = 10;
+        if (pinned)
             text.setRight(text.right() - pinSize - 6);
-            const QString headline = preview.isEmpty() ? index.data().toString() : preview;
-            const int x = text.left() + std::min(metrics.horizontalAdvance(headline), text.width()) + 6;
-            const int lineTop = preview.isEmpty() ? text.top() + (text.height() - metrics.height()) / 2 : text.top();
-            painter->drawPixmap(x, lineTop + (metrics.height() - pinSize) / 2,
-                                Icons::pixmap(QStringLiteral("pin.fill"), color(Theme::accent(p)), pinSize,
-                                              painter->device()->devicePixelRatioF()));
-        }
+
+        // The lines of the headline: the preview in at most two lines, the
+        // last one elided; or the display title on one line.
+        QStringList lines;
         if (preview.isEmpty()) {
-            painter->setPen(color(Theme::secondaryText(p)));
-            painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
-                              metrics.elidedText(index.data().toString(), Qt::ElideRight, text.width()));
+            lines.append(metrics.elidedText(index.data().toString(), Qt::ElideRight, text.width()));
         } else {
-            painter->setPen(color(Theme::primaryText(p)));
-            const int lines = subtitle.isEmpty() ? 2 : 1;
-            QRect headline(text.left(), text.top(), text.width(), metrics.height() * lines);
-            // At most two lines, the last one elided.
-            QTextLayout layout(preview, headlineFont);
+            QTextLayout layout(preview, headline);
             layout.beginLayout();
-            int y = headline.top();
-            for (int i = 0; i < lines; ++i) {
+            for (int i = 0; i < 2; ++i) {
                 QTextLine line = layout.createLine();
                 if (!line.isValid())
                     break;
                 line.setLineWidth(text.width());
-                const QString piece = preview.mid(line.textStart(), line.textLength());
-                const bool last = i == lines - 1 && line.textStart() + line.textLength() < preview.size();
-                painter->drawText(QRect(text.left(), y, text.width(), metrics.height()), Qt::AlignLeft,
-                                  last ? metrics.elidedText(preview.mid(line.textStart()), Qt::ElideRight,
-                                                            text.width())
-                                       : piece);
-                y += metrics.height();
+                const bool more = line.textStart() + line.textLength() < preview.size();
+                lines.append(i == 1 && more ? metrics.elidedText(preview.mid(line.textStart()), Qt::ElideRight,
+                                                                 text.width())
+                                            : preview.mid(line.textStart(), line.textLength()).trimmed());
             }
             layout.endLayout();
-            if (!subtitle.isEmpty()) {
-                painter->setFont(Theme::font(12));
-                painter->setPen(color(Theme::tertiaryText(p)));
-                painter->drawText(QRect(text.left(), y + 3, text.width(), QFontMetrics(Theme::font(12)).height()),
-                                  Qt::AlignLeft,
-                                  QFontMetrics(Theme::font(12)).elidedText(subtitle, Qt::ElideRight, text.width()));
-            }
+        }
+        const bool showSubtitle = !preview.isEmpty() && !subtitle.isEmpty();
+        const int blockHeight = int(lines.size()) * metrics.height()
+            + (showSubtitle ? lineGap + subtitleMetrics.height() : 0);
+        int y = text.top() + (text.height() - blockHeight) / 2; // centred in the row
+
+        if (pinned) { // just after the first line
+            const int x = text.left() + std::min(metrics.horizontalAdvance(lines.constFirst()), text.width()) + 6;
+            painter->drawPixmap(x, y + (metrics.height() - pinSize) / 2,
+                                Icons::pixmap(QStringLiteral("pin.fill"), color(Theme::accent(p)), pinSize,
+                                              painter->device()->devicePixelRatioF()));
+        }
+        painter->setFont(headline);
+        painter->setPen(color(preview.isEmpty() ? Theme::secondaryText(p) : Theme::primaryText(p)));
+        for (const QString &line : std::as_const(lines)) {
+            painter->drawText(QRect(text.left(), y, text.width(), metrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
+                              line);
+            y += metrics.height();
+        }
+        if (showSubtitle) {
+            painter->setFont(subtitleFont());
+            painter->setPen(color(Theme::tertiaryText(p)));
+            painter->drawText(QRect(text.left(), y + lineGap, text.width(), subtitleMetrics.height()),
+                              Qt::AlignLeft | Qt::AlignVCenter,
+                              subtitleMetrics.elidedText(subtitle, Qt::ElideRight, text.width()));
         }
         painter->restore();
     }
