@@ -9,6 +9,7 @@
 #include "ui/shell/SearchResultsView.h"
 #include "ui/shell/SettingsWindow.h"
 #include "ui/shell/VeskApplication.h"
+#include "ui/shell/WelcomeView.h"
 #include "ui/sidebar/SidebarModel.h"
 #include "ui/theme/Theme.h"
 #include "ui/sidebar/SidebarView.h"
@@ -27,6 +28,8 @@
 #include <QToolButton>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QTimer>
@@ -54,6 +57,7 @@ private Q_SLOTS:
     void keyboardReachesEveryControl();
     void searchResultsByKeyboard();
     void searchResultPreviewsHaveTwoLines();
+    void welcomeReadsAtEverySize();
     void quitAndEscape();
     void newProjectDialog();
     void appearanceResolution();
@@ -150,6 +154,7 @@ void TestMainWindow::searchResultsAndLeavingASearch()
 void TestMainWindow::commandsAndSidebarButtons()
 {
     MainWindow *window = m_app->mainWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
     QVERIFY(window->newPromptAction()->isEnabled());
     QCOMPARE(window->newPromptAction()->shortcut(), QKeySequence(QKeySequence::New));
 
@@ -166,8 +171,11 @@ void TestMainWindow::commandsAndSidebarButtons()
     auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("toolbar"));
     QAction *newProject = toolbar->actions().constFirst();
     QVERIFY(newProject->toolTip().startsWith(u"New Project"));
+    window->sidebar()->tree()->setFocus();
     window->hideSidebarAction()->trigger();
     QVERIFY(window->sidebar()->isHidden());
+    // The focus goes to the button in its place, not into the title to overtype it.
+    QCOMPARE(QApplication::focusWidget(), toolbar->widgetForAction(window->showSidebarAction()));
     QVERIFY(window->showSidebarAction()->isVisible());
     QVERIFY(!window->hideSidebarAction()->isVisible());
     QVERIFY(!newProject->isVisible());
@@ -331,6 +339,37 @@ void TestMainWindow::searchResultPreviewsHaveTwoLines()
     // Two lines of preview, then the title; without a title, the two lines.
     QCOMPARE(inkBands(list->viewport()->grab(list->visualRect(list->model()->index(0, 0))).toImage()), 3);
     QCOMPARE(inkBands(list->viewport()->grab(list->visualRect(list->model()->index(1, 0))).toImage()), 2);
+}
+
+void TestMainWindow::welcomeReadsAtEverySize()
+{
+    for (const char *file : {"Inbox/a.md", "Inbox/b.md", "Work/blank.md"})
+        QVERIFY(QFile::remove(path(QStringLiteral("prompts/") + QString::fromLatin1(file))));
+    m_app->library()->reload();
+    MainWindow *window = m_app->mainWindow();
+    QCOMPARE(window->currentDetail(), Detail::Welcome);
+    WelcomeView *welcome = window->welcome();
+    for (const QSize size : {QSize(920, 640), QSize(760, 520)}) {
+        window->resize(size);
+        QCoreApplication::processEvents();
+        QList<QRect> taken;
+        for (QLabel *label : welcome->findChildren<QLabel *>()) {
+            if (!label->isVisible() || label->text().isEmpty())
+                continue;
+            // Each text gets the height it needs, and no other text sits on it.
+            const int needed = label->wordWrap() ? label->heightForWidth(label->width()) : label->sizeHint().height();
+            QVERIFY2(label->height() >= needed, qPrintable(label->text()));
+            const QRect rect(label->mapTo(welcome, QPoint(0, 0)), label->size());
+            for (const QRect &other : std::as_const(taken))
+                QVERIFY2(!rect.intersects(other), qPrintable(label->text()));
+            taken.append(rect);
+        }
+        // What does not fit can be scrolled to.
+        QPushButton *create = welcome->createButton();
+        const QRect button(create->mapTo(welcome, QPoint(0, 0)), create->size());
+        auto *scroll = welcome->findChild<QScrollArea *>();
+        QVERIFY(welcome->rect().contains(button) || (scroll && scroll->verticalScrollBar()->maximum() > 0));
+    }
 }
 
 void TestMainWindow::quitAndEscape()

@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -165,6 +166,7 @@ void MainWindow::buildMenus()
 void MainWindow::buildToolbar()
 {
     QToolBar *toolbar = addToolBar(QStringLiteral("Toolbar"));
+    m_toolbar = toolbar;
     toolbar->setObjectName(QStringLiteral("toolbar"));
     toolbar->setMovable(false);
     toolbar->setFloatable(false);
@@ -242,20 +244,36 @@ void MainWindow::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
-// The new-project and hide buttons belong to the sidebar's column.
+// The new-project and hide buttons belong to the sidebar's column. Focus
+// that was there goes to the button that takes their place, never on to
+// the next field (where Qt would select the title for overtyping).
 void MainWindow::hideSidebar()
 {
+    QWidget *focus = QApplication::focusWidget();
+    const bool hadFocus = focus
+        && (m_sidebar->isAncestorOf(focus) || focus == m_toolbar->widgetForAction(m_hideSidebar)
+            || focus == m_toolbar->widgetForAction(m_toolbarNewProject));
+    m_showSidebar->setVisible(true);
+    if (hadFocus) {
+        m_toolbar->layout()->activate(); // shows the button now
+        m_toolbar->widgetForAction(m_showSidebar)->setFocus(Qt::OtherFocusReason);
+    }
     m_sidebar->hide();
     m_toolbarNewProject->setVisible(false);
     m_hideSidebar->setVisible(false);
-    m_showSidebar->setVisible(true);
 }
 
 void MainWindow::showSidebar()
 {
+    QWidget *focus = QApplication::focusWidget();
+    const bool hadFocus = focus && focus == m_toolbar->widgetForAction(m_showSidebar);
     m_sidebar->show();
     m_toolbarNewProject->setVisible(true);
     m_hideSidebar->setVisible(true);
+    if (hadFocus) {
+        m_toolbar->layout()->activate();
+        m_toolbar->widgetForAction(m_hideSidebar)->setFocus(Qt::OtherFocusReason);
+    }
     m_showSidebar->setVisible(false);
 }
 

@@ -10,6 +10,7 @@ class QAction;
 class QLineEdit;
 class QSplitter;
 class QStackedWidget;
+class QToolBar;
 class SearchResultsView;
 class SidebarView;
 class WelcomeView;
@@ -70,6 +71,7 @@ private:
     Placeholder *m_multi;
     Placeholder *m_empty;
     QLineEdit *m_search;
+    QToolBar *m_toolbar = nullptr;
     QAction *m_newPrompt = nullptr;
     QAction *m_newProject = nullptr;
     QAction *m_reload = nullptr;

@@ -41,7 +41,8 @@ public:
     {
         static const int height = 2 * (cardMargin + textInset) + 2 * QFontMetrics(headlineFont()).height()
             + lineGap + QFontMetrics(subtitleFont()).height();
-        return {option.rect.width(), height};
+        Q_UNUSED(option);
+        return {0, height}; // as wide as the list, whatever width it had before
     }
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
@@ -60,7 +61,7 @@ public:
                 fill.setAlphaF(0.35);
             painter->fillPath(path, fill);
         }
-        if (option.state & QStyle::State_HasFocus) {
+        if ((option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange)) {
             painter->setPen(QPen(selected ? p.color(QPalette::HighlightedText) : Theme::accent(p), 1.5));
             painter->drawRoundedRect(QRectF(card).adjusted(0.75, 0.75, -0.75, -0.75), 8, 8);
         }
@@ -144,6 +145,7 @@ protected:
 
     void keyPressEvent(QKeyEvent *event) override
     {
+        window()->setAttribute(Qt::WA_KeyboardFocusChange); // show where the keyboard is
         const bool pick = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter
             || event->key() == Qt::Key_Space;
         if (pick && currentIndex().isValid() && event->modifiers() == Qt::NoModifier) {
@@ -199,6 +201,7 @@ SearchResultsView::SearchResultsView(AppState *state, QWidget *parent)
     m_list->setModel(m_model);
     m_list->setItemDelegate(new SearchResultDelegate(m_list));
     m_list->setUniformItemSizes(true);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setMouseTracking(true);
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);

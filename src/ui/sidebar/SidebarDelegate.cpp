@@ -20,10 +20,10 @@ qreal ratio(const QPainter *painter)
     return painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
 }
 
-// The keyboard's place in the list, while the list has the focus.
+// The keyboard's place in the list, once the keyboard is in use there.
 void paintFocusRing(QPainter *painter, const QStyleOptionViewItem &option, const QRect &rect)
 {
-    if (!(option.state & QStyle::State_HasFocus))
+    if (!(option.state & QStyle::State_HasFocus) || !(option.state & QStyle::State_KeyboardFocusChange))
         return;
     QPen pen(Theme::accent(option.palette), 1.5);
     painter->setPen(pen);

@@ -108,8 +108,13 @@ void SidebarView::setSectionExpanded(const QString &sectionId, bool expanded)
 
 bool SidebarView::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_tree && event->type() == QEvent::KeyPress && handleKey(static_cast<QKeyEvent *>(event)))
-        return true;
+    if (watched == m_tree && event->type() == QEvent::KeyPress) {
+        // Moving with the keys within the list is keyboard use as much as Tab
+        // is: the current row shows its focus from now on.
+        m_tree->window()->setAttribute(Qt::WA_KeyboardFocusChange);
+        if (handleKey(static_cast<QKeyEvent *>(event)))
+            return true;
+    }
     return QWidget::eventFilter(watched, event);
 }
 
