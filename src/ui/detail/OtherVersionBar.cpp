@@ -17,6 +17,7 @@ OtherVersionBar::OtherVersionBar(QWidget *parent)
 {
     setObjectName(QStringLiteral("otherVersionBar"));
     setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Window); // not the editor's text background it sits in
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(14, 6, 14, 6);
     row->setSpacing(8);

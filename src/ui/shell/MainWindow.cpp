@@ -95,6 +95,10 @@ MainWindow::MainWindow(AppState *state, QWidget *parent)
     if (!restoreGeometry(QSettings().value(geometryKey).toByteArray()))
         resize(920, 640);
     refresh();
+    // The window opens with the keyboard in the sidebar. Given here rather
+    // than found by Qt on activation, which counts as a Tab and would ring
+    // the first row as if the user had moved there.
+    m_sidebar->tree()->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::buildActions()
