@@ -308,6 +308,14 @@ void TestDetail::titleKeepsWhatIsTypedAcrossSaves()
     QTRY_COMPARE_WITH_TIMEOUT(title->text(), u"\"Ratio: 16\"", 2000);
     QTest::keyClicks(title, QStringLiteral(":9 wide"));
     QCOMPARE(title->text(), u"\"Ratio: 16:9 wide\"");
+
+    // Another program tags the prompt meanwhile: the tag comes in, the
+    // title being typed stays.
+    const QString published = m_library->prompt(QStringLiteral("Inbox/plain.md"))->frontMatter.title;
+    write(path("Inbox/plain.md"), ("---\ntitle: " + published + "\ntags: [x]\n---\n\nNo variables here.").toUtf8(), at(99));
+    m_library->reload();
+    QCOMPARE(title->text(), u"\"Ratio: 16:9 wide\"");
+    QCOMPARE(m_view->draft().frontMatter.tags, QStringList{u"x"_s});
 }
 
 void TestDetail::pastedLineBreaksInTheTitleBecomeSpaces()

@@ -204,8 +204,13 @@ void PromptDetailView::setPrompt(const Prompt &prompt)
     // must not undo the typing.
     const Prompt before = std::exchange(m_published, prompt);
     if (prompt.frontMatter != before.frontMatter && prompt.frontMatter != m_draft.frontMatter) {
+        // Field by field: a title typed here and not yet saved stays unless
+        // the title itself changed (the other fields are not edited here).
+        const QString title = prompt.frontMatter.title != before.frontMatter.title ? prompt.frontMatter.title
+                                                                                   : m_draft.frontMatter.title;
         m_draft.frontMatter = prompt.frontMatter;
-        m_title->showTitle(m_draft.frontMatter.title);
+        m_draft.frontMatter.title = title;
+        m_title->showTitle(title);
         updateChrome();
     }
     // Another program's text (or the body as the library read back our own
@@ -258,6 +263,7 @@ void PromptDetailView::replaceBodyText(const QString &body)
     // Only the lines that differ are replaced, as one undoable step, so the
     // cursor and the lines on screen stay with the text around them.
     const QString shown = EditorText::fromBody(body);
+    m_editorText = EditorText::fromDocument(m_editor->document()); // what the changes are counted in
     const QList<EditorText::Change> changes = EditorText::lineChanges(m_editorText, shown);
     if (changes.isEmpty())
         return;
