@@ -42,6 +42,9 @@ private Q_SLOTS:
     void newProjectDialog();
     void selectionRules();
     void libraryChangesAreRelayed();
+    void everySelectionChangeWritesThePendingEditFirst();
+    void saveNowCarriesThePendingEdit();
+    void anotherProgramsChangeIsMergedOrKept();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -226,6 +229,93 @@ void TestAppState::libraryChangesAreRelayed()
     m_state->setSearchQuery(QStringLiteral("x")); // no change, no signal
     m_state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
     QCOMPARE(changed.size(), 3);
+}
+
+void TestAppState::everySelectionChangeWritesThePendingEditFirst()
+{
+    // A creation flow changes the selection too: the edit of A is written
+    // before the new prompt is shown (and its edits replace the pending one).
+    Prompt a = prompt("Inbox/a.md");
+    m_state->setSelectedPromptIDs({a.id});
+    a.body = QStringLiteral("\nlast words of a");
+    m_state->scheduleSave(a);
+    m_state->createNewPromptInRecent();
+    QVERIFY(!m_state->hasPendingSave());
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\n---\n\nlast words of a");
+
+    Prompt created = *m_state->selectedPrompt();
+    created.body = QStringLiteral("\nnew words");
+    m_state->scheduleSave(created);
+    m_state->setSelectedPromptIDs({QStringLiteral("Work/b.md")});
+    QCOMPARE(m_library->prompt(created.id)->body, u"\nnew words");
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\n---\n\nlast words of a");
+}
+
+void TestAppState::saveNowCarriesThePendingEdit()
+{
+    Prompt a = prompt("Inbox/a.md");
+    a.body = QStringLiteral("\ntyped");
+    m_state->scheduleSave(a);
+    Prompt pinned = a;
+    pinned.frontMatter.pinned = true;
+    m_state->saveNow(pinned);
+    QVERIFY(!m_state->hasPendingSave());
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\npinned: true\n---\n\ntyped");
+    QTest::qWait(AppState::saveDelayMs + 200); // no stale pending write undoes it
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\npinned: true\n---\n\ntyped");
+
+    // A pending edit of another prompt is written, not dropped.
+    Prompt b = prompt("Work/b.md");
+    b.body = QStringLiteral("\nb typed");
+    m_state->scheduleSave(b);
+    m_state->saveNow(prompt("Inbox/a.md"));
+    QCOMPARE(read(path("Work/b.md")), "---\ntitle: B\n---\n\nb typed");
+}
+
+void TestAppState::anotherProgramsChangeIsMergedOrKept()
+{
+    QSignalSpy kept(m_state.get(), &AppState::overwrittenVersionKept);
+
+    // Another program adds a tag while the body is being edited: both survive.
+    Prompt a = prompt("Inbox/a.md");
+    a.body = QStringLiteral("\nmy body");
+    m_state->scheduleSave(a);
+    write(path("Inbox/a.md"), "---\ntitle: A\ntags: [x]\n---\n\nbody a", at(60));
+    m_state->flushPendingSave();
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: A\ntags: [x]\n---\n\nmy body");
+    QCOMPARE(kept.size(), 0);
+
+    // Only the title was edited here, the body there: both survive.
+    a = prompt("Inbox/a.md");
+    a.frontMatter.title = QStringLiteral("Mine");
+    m_state->scheduleSave(a);
+    write(path("Inbox/a.md"), "---\ntitle: A\ntags: [x]\n---\n\ntheir body", at(120));
+    QTRY_COMPARE_WITH_TIMEOUT(read(path("Inbox/a.md")), QByteArray("---\ntitle: Mine\ntags: [x]\n---\n\ntheir body"),
+                              2000);
+    QCOMPARE(kept.size(), 0);
+
+    // Both changed the body: the user's text is written, theirs is kept.
+    a = prompt("Inbox/a.md");
+    a.body = QStringLiteral("\nmy second body");
+    m_state->scheduleSave(a);
+    write(path("Inbox/a.md"), "---\ntitle: Mine\ntags: [x]\n---\n\ntheir second body", at(180));
+    m_state->flushPendingSave();
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: Mine\ntags: [x]\n---\n\nmy second body");
+    QCOMPARE(kept.size(), 1);
+    QCOMPARE(kept.first().first().toString(), u"Inbox/a.md");
+    QCOMPARE(m_state->overwrittenVersion(a.id)->body, u"\ntheir second body");
+    m_state->forgetOverwrittenVersion(a.id);
+    QVERIFY(!m_state->overwrittenVersion(a.id));
+
+    // The same when a reload showed their version before the write.
+    a = prompt("Inbox/a.md");
+    a.body = QStringLiteral("\nmine again");
+    m_state->scheduleSave(a);
+    write(path("Inbox/a.md"), "---\ntitle: Mine\n---\n\ntheirs again", at(240));
+    m_library->reload();
+    m_state->flushPendingSave();
+    QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: Mine\n---\n\nmine again");
+    QCOMPARE(m_state->overwrittenVersion(a.id)->body, u"\ntheirs again");
 }
 
 QTEST_GUILESS_MAIN(TestAppState)

@@ -9,16 +9,27 @@
 #include "ui/shell/SearchResultsView.h"
 #include "ui/shell/SettingsWindow.h"
 #include "ui/shell/VeskApplication.h"
+#include "ui/shell/WelcomeView.h"
+#include "ui/sidebar/SidebarModel.h"
+#include "ui/theme/Theme.h"
 #include "ui/sidebar/SidebarView.h"
 
 #include <QAction>
 #include <QButtonGroup>
+#include <QClipboard>
+#include <QLabel>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QTimer>
@@ -27,6 +38,7 @@ using TestFiles::at;
 using TestFiles::write;
 using Detail = MainWindow::Detail;
 using Scheme = SystemAppearance::Scheme;
+using namespace Qt::StringLiterals;
 
 class TestMainWindow : public QObject
 {
@@ -40,9 +52,17 @@ private Q_SLOTS:
     void searchResultsAndLeavingASearch();
     void commandsAndSidebarButtons();
     void reloadWritesThePendingEditFirst();
+    void newPromptWritesTheOpenPromptsEditFirst();
+    void copyFromTheSidebarActsOnOneSelectedPrompt();
+    void keyboardReachesEveryControl();
+    void searchResultsByKeyboard();
+    void searchResultPreviewsHaveTwoLines();
+    void welcomeReadsAtEverySize();
+    void quitAndEscape();
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
+    void iconsFollowAnAppearanceSwitch();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -134,6 +154,7 @@ void TestMainWindow::searchResultsAndLeavingASearch()
 void TestMainWindow::commandsAndSidebarButtons()
 {
     MainWindow *window = m_app->mainWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
     QVERIFY(window->newPromptAction()->isEnabled());
     QCOMPARE(window->newPromptAction()->shortcut(), QKeySequence(QKeySequence::New));
 
@@ -145,12 +166,24 @@ void TestMainWindow::commandsAndSidebarButtons()
     QTRY_COMPARE(window->focusWidget(), window->promptDetail()->editor());
 
     QVERIFY(window->showSidebarAction()->isVisible() == false);
+    // The new-project and hide buttons belong to the sidebar's column and
+    // leave with it; the show button takes their place.
+    auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("toolbar"));
+    QAction *newProject = toolbar->actions().constFirst();
+    QVERIFY(newProject->toolTip().startsWith(u"New Project"));
+    window->sidebar()->tree()->setFocus();
     window->hideSidebarAction()->trigger();
     QVERIFY(window->sidebar()->isHidden());
+    // The focus goes to the button in its place, not into the title to overtype it.
+    QCOMPARE(QApplication::focusWidget(), toolbar->widgetForAction(window->showSidebarAction()));
     QVERIFY(window->showSidebarAction()->isVisible());
+    QVERIFY(!window->hideSidebarAction()->isVisible());
+    QVERIFY(!newProject->isVisible());
     window->showSidebarAction()->trigger();
     QVERIFY(window->sidebar()->isVisible());
     QVERIFY(!window->showSidebarAction()->isVisible());
+    QVERIFY(window->hideSidebarAction()->isVisible());
+    QVERIFY(newProject->isVisible());
 
     QVERIFY(QDir(path("prompts")).removeRecursively());
     window->reloadAction()->trigger();
@@ -168,6 +201,198 @@ void TestMainWindow::reloadWritesThePendingEditFirst()
     QVERIFY(!state->hasPendingSave());
     QVERIFY(m_app->library()->prompt(QStringLiteral("Inbox/a.md"))->body.contains(u'X'));
     QCOMPARE(m_app->library()->prompt(QStringLiteral("Inbox/b.md"))->frontMatter.title, u"Changed elsewhere");
+}
+
+void TestMainWindow::newPromptWritesTheOpenPromptsEditFirst()
+{
+    AppState *state = m_app->state();
+    MainWindow *window = m_app->mainWindow();
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
+    QTest::keyClicks(window->promptDetail()->editor(), QStringLiteral("X"));
+    QTest::keySequence(window, QKeySequence::New); // at once, within the save delay
+    const std::optional<Prompt> made = state->selectedPrompt();
+    QVERIFY(made && made->id != u"Inbox/a.md");
+    const QString created = made->id;
+    QTRY_COMPARE(window->focusWidget(), window->promptDetail()->editor());
+    QTest::keyClicks(window->promptDetail()->editor(), QStringLiteral("Y"));
+    QTRY_VERIFY_WITH_TIMEOUT(!state->hasPendingSave(), 2000);
+    QCOMPARE(TestFiles::read(path("prompts/Inbox/a.md")), "---\ntitle: Alpha\n---\n\nX\napple pie");
+    QCOMPARE(m_app->library()->prompt(created)->body, u"\nY");
+}
+
+void TestMainWindow::copyFromTheSidebarActsOnOneSelectedPrompt()
+{
+    AppState *state = m_app->state();
+    MainWindow *window = m_app->mainWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    SidebarTree *tree = window->sidebar()->tree();
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    state->setSelectedPromptIDs({QStringLiteral("Inbox/b.md")});
+    tree->setFocus();
+    clipboard->setText(QStringLiteral("untouched"));
+    QTest::keySequence(tree, QKeySequence::Copy);
+    QCOMPARE(clipboard->text(), u"\nbanana");
+    QCOMPARE(window->promptDetail()->noticeLabel()->text(), u"Copied");
+
+    // Two prompts, or none: nothing is copied, not even a row's text.
+    for (const QSet<QString> &ids : {QSet<QString>{QStringLiteral("Inbox/a.md"), QStringLiteral("Inbox/b.md")},
+                                     QSet<QString>{}}) {
+        state->setSelectedPromptIDs(ids);
+        tree->setFocus();
+        tree->selectionModel()->setCurrentIndex(window->sidebar()->model()->promptIndex(QStringLiteral("Inbox/a.md")),
+                                                QItemSelectionModel::NoUpdate);
+        clipboard->setText(QStringLiteral("untouched"));
+        QTest::keySequence(tree, QKeySequence::Copy);
+        QCOMPARE(clipboard->text(), u"untouched");
+    }
+}
+
+void TestMainWindow::keyboardReachesEveryControl()
+{
+    MainWindow *window = m_app->mainWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    m_app->state()->setSelectedPromptIDs({QStringLiteral("Inbox/b.md")});
+    auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("toolbar"));
+    QWidget *newProject = toolbar->widgetForAction(toolbar->actions().constFirst());
+
+    // Tab goes round every control once (Ctrl+Tab leaves the body, where Tab
+    // types a tab).
+    newProject->setFocus(Qt::TabFocusReason);
+    QList<QWidget *> visited;
+    while (!visited.contains(QApplication::focusWidget()) && visited.size() < 20) {
+        QWidget *focused = QApplication::focusWidget();
+        visited.append(focused);
+        QTest::keyClick(focused, Qt::Key_Tab, focused == window->promptDetail()->editor() ? Qt::ControlModifier
+                                                                                         : Qt::NoModifier);
+    }
+    QCOMPARE(QApplication::focusWidget(), newProject);
+    PromptDetailView *detail = window->promptDetail();
+    const QList<QWidget *> expected = {newProject, toolbar->widgetForAction(window->hideSidebarAction()),
+                                       window->searchField(), toolbar->widgetForAction(toolbar->actions().constLast()),
+                                       window->sidebar()->tree(), detail->titleField(), detail->pinButton(),
+                                       detail->copyButton(), detail->editor()};
+    QCOMPARE(visited, expected);
+
+    // And each shows its focus.
+    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7]}) {
+        button->setFocus(Qt::TabFocusReason);
+        const QImage focused = button->grab().toImage();
+        window->searchField()->setFocus(Qt::TabFocusReason);
+        QVERIFY2(button->grab().toImage() != focused, qPrintable(button->toolTip()));
+    }
+}
+
+void TestMainWindow::searchResultsByKeyboard()
+{
+    MainWindow *window = m_app->mainWindow();
+    AppState *state = m_app->state();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    window->searchField()->setFocus();
+    QTest::keyClicks(window->searchField(), QStringLiteral("e"));
+    // Down goes into the results; moving there does not pick one yet.
+    QTest::keyClick(window->searchField(), Qt::Key_Down);
+    QListView *list = window->searchResults()->list();
+    QCOMPARE(QApplication::focusWidget(), list);
+    QCOMPARE(list->currentIndex().row(), 0);
+    QTest::keyClick(list, Qt::Key_Down);
+    QCOMPARE(list->currentIndex().row(), 1);
+    QVERIFY(state->isSearching());
+    // Return picks it.
+    QTest::keyClick(list, Qt::Key_Return);
+    QVERIFY(!state->isSearching());
+    QCOMPARE(window->currentDetail(), Detail::Prompt);
+    QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+}
+
+namespace {
+// The horizontal bands of a picture that hold something other than its
+// background: the lines of text in a row.
+int inkBands(const QImage &image)
+{
+    const QColor background = image.pixelColor(image.width() - 3, image.height() / 2);
+    int bands = 0;
+    bool inBand = false;
+    for (int y = 0; y < image.height(); ++y) {
+        bool ink = false;
+        for (int x = 0; x < image.width() && !ink; ++x) {
+            const QColor c = image.pixelColor(x, y);
+            ink = qAbs(c.lightness() - background.lightness()) > 60;
+        }
+        bands += ink && !inBand ? 1 : 0;
+        inBand = ink;
+    }
+    return bands;
+}
+} // namespace
+
+void TestMainWindow::searchResultPreviewsHaveTwoLines()
+{
+    const QString longBody = QStringLiteral("zebra ") + QString(u"lorem ipsum dolor sit amet "_s).repeated(6);
+    write(path("prompts/Inbox/titled.md"), ("---\ntitle: With a title\n---\n\n" + longBody).toUtf8(), at(9));
+    write(path("prompts/Inbox/untitled.md"), ("---\ntitle: \n---\n\nzebra " + longBody).toUtf8(), at(8));
+    m_app->library()->reload();
+    MainWindow *window = m_app->mainWindow();
+    window->searchField()->setText(QStringLiteral("zebra"));
+    QListView *list = window->searchResults()->list();
+    QCOMPARE(list->model()->rowCount(), 2);
+    QCoreApplication::processEvents();
+    // Two lines of preview, then the title; without a title, the two lines.
+    QCOMPARE(inkBands(list->viewport()->grab(list->visualRect(list->model()->index(0, 0))).toImage()), 3);
+    QCOMPARE(inkBands(list->viewport()->grab(list->visualRect(list->model()->index(1, 0))).toImage()), 2);
+}
+
+void TestMainWindow::welcomeReadsAtEverySize()
+{
+    for (const char *file : {"Inbox/a.md", "Inbox/b.md", "Work/blank.md"})
+        QVERIFY(QFile::remove(path(QStringLiteral("prompts/") + QString::fromLatin1(file))));
+    m_app->library()->reload();
+    MainWindow *window = m_app->mainWindow();
+    QCOMPARE(window->currentDetail(), Detail::Welcome);
+    WelcomeView *welcome = window->welcome();
+    for (const QSize size : {QSize(920, 640), QSize(760, 520)}) {
+        window->resize(size);
+        QCoreApplication::processEvents();
+        QList<QRect> taken;
+        for (QLabel *label : welcome->findChildren<QLabel *>()) {
+            if (!label->isVisible() || label->text().isEmpty())
+                continue;
+            // Each text gets the height it needs, and no other text sits on it.
+            const int needed = label->wordWrap() ? label->heightForWidth(label->width()) : label->sizeHint().height();
+            QVERIFY2(label->height() >= needed, qPrintable(label->text()));
+            const QRect rect(label->mapTo(welcome, QPoint(0, 0)), label->size());
+            for (const QRect &other : std::as_const(taken))
+                QVERIFY2(!rect.intersects(other), qPrintable(label->text()));
+            taken.append(rect);
+        }
+        // What does not fit can be scrolled to.
+        QPushButton *create = welcome->createButton();
+        const QRect button(create->mapTo(welcome, QPoint(0, 0)), create->size());
+        auto *scroll = welcome->findChild<QScrollArea *>();
+        QVERIFY(welcome->rect().contains(button) || (scroll && scroll->verticalScrollBar()->maximum() > 0));
+    }
+}
+
+void TestMainWindow::quitAndEscape()
+{
+    // File ▸ Quit (Ctrl+Q) closes the window, which quits.
+    MainWindow *window = m_app->mainWindow();
+    QAction *quit = nullptr;
+    for (QAction *action : window->menuBar()->actions().constFirst()->menu()->actions()) {
+        if (action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_Q))
+            quit = action;
+    }
+    QVERIFY(quit);
+    QCOMPARE(quit->text().remove(u'&'), u"Quit");
+
+    // Escape closes Settings.
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    QVERIFY(QTest::qWaitForWindowActive(settings));
+    QTest::keyClick(settings->appearancePicker(), Qt::Key_Escape);
+    QVERIFY(settings->isHidden());
+
+    quit->trigger();
+    QVERIFY(window->isHidden());
 }
 
 void TestMainWindow::newProjectDialog()
@@ -251,6 +476,53 @@ void TestMainWindow::settingsStoreUnderTheirKeys()
     settings->hide();
     settings->show();
     QCOMPARE(settings->handoffPicker()->checkedButton()->text(), u"Claude");
+}
+
+namespace {
+// The colour of an icon: its most opaque pixel.
+QColor ink(const QImage &image)
+{
+    QColor best(Qt::transparent);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor c = image.pixelColor(x, y);
+            if (c.alpha() > best.alpha())
+                best = c;
+        }
+    }
+    return best;
+}
+} // namespace
+
+void TestMainWindow::iconsFollowAnAppearanceSwitch()
+{
+#ifndef VESK_APP_PALETTES
+    QSKIP("the system's own appearance switches the palettes");
+#endif
+    SettingsWindow *settings = m_app->settingsWindow();
+    MainWindow *window = m_app->mainWindow();
+    settings->show();
+    const auto icons = [&] {
+        QList<QImage> images;
+        for (const QLabel *label : settings->findChildren<QLabel *>()) {
+            if (!label->pixmap().isNull())
+                images.append(label->pixmap().toImage());
+        }
+        images.append(window->hideSidebarAction()->icon().pixmap(18).toImage());
+        return images;
+    };
+    for (const char *appearance : {"dark", "light", "dark"}) {
+        m_app->preferences()->setAppearance(QString::fromLatin1(appearance));
+        QCoreApplication::processEvents(); // widgets hear of the new palette through posted events
+        const QColor expected = Theme::secondaryText(settings->palette());
+        const QList<QImage> images = icons();
+        QCOMPARE(images.size(), 3);
+        for (const QImage &image : images) {
+            const QColor seen = ink(image);
+            QVERIFY2(qAbs(seen.red() - expected.red()) < 8 && qAbs(seen.blue() - expected.blue()) < 8,
+                     qPrintable(seen.name() + u" for " + expected.name() + u" in " + QLatin1StringView(appearance)));
+        }
+    }
 }
 
 QTEST_MAIN(TestMainWindow)

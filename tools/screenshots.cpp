@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTextBrowser>
+#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
@@ -135,6 +136,58 @@ void saveContextMenu(MainWindow *window, const QModelIndex &index, const QString
     std::printf("%s\n", qPrintable(path));
 }
 
+// The window at its opening and its minimum size, light and dark: the
+// states whose layout depends most on the room they get.
+void saveAtEverySize(const QString &root)
+{
+    // A prompt with more variables than the strip under the editor can list.
+    QFile many(root + u"/Inbox/many-variables.md");
+    if (many.open(QIODevice::WriteOnly))
+        many.write("---\ntitle: Customer letter\n---\n\nDear {{customer_full_name}}, about {{order_reference}} "
+                   "shipped to {{shipping_address}} on {{shipping_date}} by {{carrier_name}}: {{apology_text}}\n");
+    many.close();
+
+    for (const char *appearance : {"light", "dark"}) {
+        for (const QSize size : {QSize(920, 640), QSize(760, 520)}) {
+            const QByteArray suffix = QByteArray("-") + QByteArray::number(size.width()) + "x"
+                + QByteArray::number(size.height()) + "-" + appearance;
+            {
+                QTemporaryDir empty;
+                VeskApplication vesk(empty.path() + u"/prompts");
+                vesk.preferences()->setAppearance(QString::fromLatin1(appearance));
+                vesk.mainWindow()->resize(size);
+                vesk.mainWindow()->show();
+                save(vesk.mainWindow(), QByteArray("welcome" + suffix).constData());
+            }
+            VeskApplication vesk(root);
+            vesk.preferences()->setAppearance(QString::fromLatin1(appearance));
+            MainWindow *window = vesk.mainWindow();
+            window->resize(size);
+            window->show();
+            vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/many-variables.md")});
+            save(window, QByteArray("editor" + suffix).constData());
+            window->searchField()->setText(QStringLiteral("the"));
+            save(window, QByteArray("search" + suffix).constData());
+            window->searchField()->clear();
+            window->hideSidebar();
+            save(window, QByteArray("sidebar-hidden" + suffix).constData());
+            window->showSidebar();
+        }
+    }
+
+    // Settings open while the appearance switches, both ways.
+    VeskApplication vesk(root);
+    SettingsWindow *settings = vesk.settingsWindow();
+    vesk.preferences()->setAppearance(QStringLiteral("light"));
+    settings->show();
+    settle();
+    vesk.preferences()->setAppearance(QStringLiteral("dark"));
+    save(settings, "settings-switched-to-dark");
+    vesk.preferences()->setAppearance(QStringLiteral("light"));
+    save(settings, "settings-switched-to-light");
+    vesk.preferences()->setAppearance(QStringLiteral("system"));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -222,5 +275,8 @@ int main(int argc, char *argv[])
     settings->hide();
     saveHelpPages("dark-help-");
     vesk.preferences()->setAppearance(QStringLiteral("system"));
+    settings->hide();
+
+    saveAtEverySize(root);
     return 0;
 }

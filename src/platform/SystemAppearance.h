@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+
+class QObject;
+
 // The desktop's light or dark scheme, and the app's own choice applied to it.
 namespace SystemAppearance {
 
@@ -11,5 +15,9 @@ bool systemIsDark();
 
 // Applies the scheme to the whole application; System follows the desktop.
 void apply(Scheme scheme);
+
+// Calls `onChange` on the main thread each time the desktop switches
+// between light and dark, for as long as `context` lives.
+void watch(QObject *context, std::function<void()> onChange);
 
 } // namespace SystemAppearance

@@ -8,6 +8,8 @@
 #include <QStyle>
 #include <QStyleFactory>
 
+#include <optional>
+
 namespace SystemAppearance {
 
 namespace {
@@ -56,22 +58,70 @@ QPalette lightPalette()
     return p;
 }
 
+// What the portal last announced, in place of asking it again.
+std::optional<bool> announcedDark;
+
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
+
+uint unwrapped(QVariant value)
+{
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value.toUInt();
+}
+
 } // namespace
+
+// Hears the portal's SettingChanged signal for the colour scheme.
+class PortalListener : public QObject
+{
+    Q_OBJECT
+
+public:
+    PortalListener(QObject *context, std::function<void()> onChange)
+        : QObject(context)
+        , m_onChange(std::move(onChange))
+    {
+    }
+
+public Q_SLOTS:
+    // Takes the whole message: Qt 6.4 will not connect a slot that declares
+    // the variant argument as QDBusVariant.
+    void settingChanged(const QDBusMessage &message)
+    {
+        const QList<QVariant> arguments = message.arguments();
+        if (arguments.size() < 3 || arguments[0].toString() != u"org.freedesktop.appearance"
+            || arguments[1].toString() != u"color-scheme")
+            return;
+        announcedDark = unwrapped(arguments[2]) == 1;
+        m_onChange();
+    }
+
+private:
+    std::function<void()> m_onChange;
+};
+
+void watch(QObject *context, std::function<void()> onChange)
+{
+    auto *listener = new PortalListener(context, std::move(onChange));
+    QDBusConnection::sessionBus().connect(portalService, portalPath, settingsInterface,
+                                          QStringLiteral("SettingChanged"), listener,
+                                          SLOT(settingChanged(QDBusMessage)));
+}
 
 bool systemIsDark()
 {
+    if (announcedDark)
+        return *announcedDark;
     // org.freedesktop.appearance color-scheme: 1 means the user prefers dark.
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
-        QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("Read"));
+    QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
+                                                       QStringLiteral("Read"));
     call << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme");
     const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 300);
-    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
-        QVariant value = reply.arguments().first();
-        while (value.canConvert<QDBusVariant>())
-            value = value.value<QDBusVariant>().variant();
-        return value.toUInt() == 1;
-    }
+    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+        return unwrapped(reply.arguments().first()) == 1;
     const QByteArray gtkTheme = qgetenv("GTK_THEME").toLower();
     return gtkTheme.contains("dark");
 }
@@ -87,3 +137,5 @@ void apply(Scheme scheme)
 }
 
 } // namespace SystemAppearance
+
+#include "SystemAppearanceLinux.moc"

@@ -1,5 +1,7 @@
 #include "SystemAppearance.h"
 
+#include <QObject>
+
 #import <AppKit/AppKit.h>
 
 namespace SystemAppearance {
@@ -24,6 +26,21 @@ void apply(Scheme scheme)
         NSApp.appearance = [NSAppearance appearanceNamed:NSAppearanceNameDarkAqua];
         break;
     }
+}
+
+void watch(QObject *context, std::function<void()> onChange)
+{
+    // The system posts this when the user switches between light and dark.
+    NSDistributedNotificationCenter *center = [NSDistributedNotificationCenter defaultCenter];
+    id observer = [center addObserverForName:@"AppleInterfaceThemeChangedNotification"
+                                      object:nil
+                                       queue:[NSOperationQueue mainQueue]
+                                  usingBlock:^(NSNotification *notification) {
+                                      (void)notification;
+                                      onChange();
+                                  }];
+    QObject::connect(context, &QObject::destroyed,
+                     [observer] { [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer]; });
 }
 
 } // namespace SystemAppearance

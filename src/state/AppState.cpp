@@ -5,6 +5,8 @@
 #include "PromptLibrary.h"
 #include "VeskConst.h"
 
+#include <QFileInfo>
+
 AppState::AppState(PromptLibrary *library, QObject *parent)
     : QObject(parent)
     , m_library(library)
@@ -25,6 +27,9 @@ void AppState::setSelectedPromptIDs(const QSet<QString> &ids)
 {
     if (ids == m_selectedPromptIDs)
         return;
+    // The edit in progress belongs to the old selection, whoever changes it
+    // (sidebar, search pick, creation flow): write it before the editor moves on.
+    flushPendingSave();
     m_selectedPromptIDs = ids;
     Q_EMIT selectedPromptIDsChanged();
     Q_EMIT changed();
@@ -119,16 +124,16 @@ QList<Prompt> AppState::selectedPrompts() const
 
 void AppState::scheduleSave(const Prompt &prompt)
 {
+    if (!hasPendingSave(prompt.id))
+        m_pendingBase = m_library->prompt(prompt.id);
     m_pendingPrompt = prompt;
     m_saveTimer.start(); // restarts the wait
 }
 
 void AppState::runScheduledSave()
 {
-    if (!m_pendingPrompt)
-        return;
-    const Prompt prompt = *std::exchange(m_pendingPrompt, std::nullopt);
-    m_library->save(prompt);
+    if (m_pendingPrompt)
+        writePendingPrompt();
 }
 
 void AppState::flushPendingSave()
@@ -136,8 +141,82 @@ void AppState::flushPendingSave()
     if (!m_pendingPrompt)
         return;
     m_saveTimer.stop();
-    const Prompt prompt = *std::exchange(m_pendingPrompt, std::nullopt);
-    m_library->save(prompt);
+    writePendingPrompt();
+}
+
+void AppState::saveNow(const Prompt &prompt)
+{
+    if (m_pendingPrompt && m_pendingPrompt->id != prompt.id)
+        flushPendingSave();
+    scheduleSave(prompt);
+    flushPendingSave();
+}
+
+namespace {
+
+bool changedOnDiskSinceRead(const Prompt &published)
+{
+    const QFileInfo file(published.filePath());
+    return file.exists() && file.lastModified().toUTC() != published.modifiedAt;
+}
+
+template<typename T>
+const T &mergedField(const T &base, const T &mine, const T &theirs)
+{
+    return mine == base ? theirs : mine;
+}
+
+} // namespace
+
+void AppState::writePendingPrompt()
+{
+    // Another program may have written the file since the library last read
+    // it; read it now, so that its change is merged rather than overwritten.
+    // The edit is still pending meanwhile: views keep showing it.
+    const QString id = m_pendingPrompt->id;
+    std::optional<Prompt> theirs = m_library->prompt(id);
+    if (theirs && changedOnDiskSinceRead(*theirs)) {
+        m_library->reload();
+        theirs = m_library->prompt(id);
+    }
+    if (!m_pendingPrompt)
+        return; // written while the reload was announced
+    Prompt mine = *std::exchange(m_pendingPrompt, std::nullopt);
+    const std::optional<Prompt> base = std::exchange(m_pendingBase, std::nullopt);
+    if (base && theirs && !(*theirs == *base)) {
+        PromptFrontMatter &matter = mine.frontMatter;
+        const PromptFrontMatter &was = base->frontMatter;
+        const PromptFrontMatter &now = theirs->frontMatter;
+        const auto bothChanged = [](const QString &was, const QString &mine, const QString &theirs) {
+            return mine != was && theirs != was && mine != theirs;
+        };
+        // Where both changed the text, the user's wins and theirs stays at hand.
+        const bool overwrites = bothChanged(was.title, matter.title, now.title)
+            || bothChanged(base->body, mine.body, theirs->body);
+        matter.title = mergedField(was.title, matter.title, now.title);
+        matter.tags = mergedField(was.tags, matter.tags, now.tags);
+        matter.model = mergedField(was.model, matter.model, now.model);
+        matter.pinned = mergedField(was.pinned, matter.pinned, now.pinned);
+        mine.body = mergedField(base->body, mine.body, theirs->body);
+        if (overwrites) {
+            m_overwrittenVersions.insert(mine.id, *theirs);
+            m_library->save(mine);
+            Q_EMIT overwrittenVersionKept(mine.id);
+            return;
+        }
+    }
+    m_library->save(mine);
+}
+
+std::optional<Prompt> AppState::overwrittenVersion(const QString &id) const
+{
+    const auto it = m_overwrittenVersions.constFind(id);
+    return it == m_overwrittenVersions.constEnd() ? std::nullopt : std::optional<Prompt>(*it);
+}
+
+void AppState::forgetOverwrittenVersion(const QString &id)
+{
+    m_overwrittenVersions.remove(id);
 }
 
 void AppState::createNewPromptInRecent()

@@ -2,6 +2,7 @@
 
 #include "Prompt.h"
 
+#include <QHash>
 #include <QObject>
 #include <QPointer>
 #include <QSet>
@@ -44,9 +45,22 @@ public:
     QList<Prompt> selectedPrompts() const;
 
     // Delayed saving: the last edit is written 400 ms after the last call.
+    // A write merges with what another program changed in the file since
+    // the edit began: fields the user did not touch take the other
+    // program's values; where both changed the body, the user's text is
+    // written and the other version is kept (overwrittenVersion()).
     void scheduleSave(const Prompt &prompt);
     void flushPendingSave();
     bool hasPendingSave() const { return m_pendingPrompt.has_value(); }
+    bool hasPendingSave(const QString &id) const { return m_pendingPrompt && m_pendingPrompt->id == id; }
+    // Writes at once; `prompt` supersedes a pending edit of the same prompt
+    // (it is expected to carry that edit), another prompt's is written first.
+    void saveNow(const Prompt &prompt);
+
+    // The version another program wrote that the user's edit replaced on
+    // disk, kept for this session so that it can be brought back.
+    std::optional<Prompt> overwrittenVersion(const QString &id) const;
+    void forgetOverwrittenVersion(const QString &id);
 
     // Creation flows shared by the menus, the toolbar and the welcome screen.
     void createNewPromptInRecent();
@@ -65,16 +79,20 @@ Q_SIGNALS:
     void selectedPromptIDsChanged();
     void searchQueryChanged();
     void pendingEditorFocusIDChanged();
+    void overwrittenVersionKept(const QString &id);
 
 private:
     QStringList selectedPromptIDsOnly() const;
     void runScheduledSave();
+    void writePendingPrompt();
 
     PromptLibrary *m_library;
     QSet<QString> m_selectedPromptIDs;
     QString m_searchQuery;
     std::optional<QString> m_pendingEditorFocusID;
     std::optional<Prompt> m_pendingPrompt;
+    std::optional<Prompt> m_pendingBase; // the library's version when the pending edit began
+    QHash<QString, Prompt> m_overwrittenVersions;
     QTimer m_saveTimer;
     ProjectNamePrompter *m_projectNamePrompter = nullptr;
     Alerts *m_alerts = nullptr;

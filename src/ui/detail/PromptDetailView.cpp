@@ -2,10 +2,14 @@
 
 #include "AppState.h"
 #include "Clipboard.h"
+#include "EditorText.h"
+#include "OtherVersionBar.h"
 #include "PromptLibrary.h"
 #include "PromptText.h"
+#include "TitleField.h"
 #include "VariableFillSheet.h"
 #include "Variables.h"
+#include "ui/theme/ElidedLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 
@@ -18,6 +22,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTextBlock>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -37,7 +42,7 @@ const QKeySequence rawSequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
 PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
     : QWidget(parent)
     , m_state(state)
-    , m_title(new QLineEdit(this))
+    , m_title(new TitleField(this))
     , m_notice(new QLabel(this))
     , m_pin(new QToolButton(this))
     , m_copy(new QToolButton(this))
@@ -47,8 +52,9 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
     , m_variablesPanel(new QWidget(this))
     , m_variablesIcon(new QLabel(m_variablesPanel))
     , m_variablesCount(new QLabel(m_variablesPanel))
-    , m_variablesNames(new QLabel(m_variablesPanel))
+    , m_variablesNames(new ElidedLabel(m_variablesPanel))
     , m_fillButton(new QPushButton(QStringLiteral("Fill && Copy"), m_variablesPanel))
+    , m_otherVersionBar(new OtherVersionBar(this))
     , m_copyShortcut(new QShortcut(QKeySequence::Copy, this))
     , m_rawShortcut(new QShortcut(rawSequence, this))
 {
@@ -73,6 +79,7 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
     layout->setSpacing(0);
     layout->addWidget(header);
     layout->addWidget(Theme::divider(this));
+    layout->addWidget(m_otherVersionBar);
     layout->addWidget(m_editor, 1);
     layout->addWidget(m_variablesDivider);
     layout->addWidget(m_variablesPanel);
@@ -90,6 +97,14 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
 
     // A creation flow may ask for focus after this view already shows its prompt.
     connect(m_state, &AppState::pendingEditorFocusIDChanged, this, &PromptDetailView::claimPendingFocusIfMatched);
+
+    m_otherVersionBar->hide();
+    connect(m_state, &AppState::overwrittenVersionKept, this, &PromptDetailView::updateOtherVersionBar);
+    connect(m_otherVersionBar, &OtherVersionBar::restoreRequested, this, &PromptDetailView::restoreOtherVersion);
+    connect(m_otherVersionBar, &OtherVersionBar::keepRequested, this, [this] {
+        m_state->forgetOverwrittenVersion(m_draft.id);
+        updateOtherVersionBar();
+    });
 }
 
 void PromptDetailView::showEvent(QShowEvent *event)
@@ -162,8 +177,6 @@ void PromptDetailView::buildVariablesPanel()
     Theme::setTextTone(dot, Theme::Tone::Tertiary);
     m_variablesNames->setFont(Theme::font(11));
     Theme::setTextTone(m_variablesNames, Theme::Tone::Tertiary);
-    m_variablesNames->setTextFormat(Qt::PlainText);
-    m_variablesNames->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_fillButton->setObjectName(QStringLiteral("fillButton"));
     m_fillButton->setFont(Theme::font(11));
     m_fillButton->setAutoDefault(false);
@@ -172,6 +185,7 @@ void PromptDetailView::buildVariablesPanel()
     row->addWidget(m_variablesCount);
     row->addWidget(dot);
     row->addWidget(m_variablesNames, 1);
+    row->addSpacing(12); // the names never run up to the button
     row->addWidget(m_fillButton);
 }
 
@@ -179,21 +193,33 @@ void PromptDetailView::setPrompt(const Prompt &prompt)
 {
     if (prompt.id != m_draft.id) {
         m_draft = prompt; // edits of the previous prompt already sit in the pending save
+        m_published = prompt;
         showDraft();
+        updateOtherVersionBar();
         claimPendingFocusIfMatched();
         return;
     }
-    if (prompt.frontMatter != m_draft.frontMatter) {
+    // Follow changes of what is published, not differences from it: the
+    // library reads back a title without its trailing space, say, and that
+    // must not undo the typing.
+    const Prompt before = std::exchange(m_published, prompt);
+    if (prompt.frontMatter != before.frontMatter && prompt.frontMatter != m_draft.frontMatter) {
+        // Field by field: a title typed here and not yet saved stays unless
+        // the title itself changed (the other fields are not edited here).
+        const QString title = prompt.frontMatter.title != before.frontMatter.title ? prompt.frontMatter.title
+                                                                                   : m_draft.frontMatter.title;
         m_draft.frontMatter = prompt.frontMatter;
-        if (m_title->text() != m_draft.frontMatter.title) {
-            const int cursor = m_title->cursorPosition();
-            m_showingDraft = true;
-            m_title->setText(m_draft.frontMatter.title);
-            m_title->setCursorPosition(std::min<int>(cursor, m_title->text().size()));
-            m_showingDraft = false;
-        }
+        m_draft.frontMatter.title = title;
+        m_title->showTitle(title);
         updateChrome();
     }
+    // Another program's text (or the body as the library read back our own
+    // write) is taken while nothing typed here waits to be saved; otherwise
+    // the user's text stays, and AppState keeps the other version when it
+    // writes over it.
+    const bool bodyUntouched = m_draft.body == before.body || !m_state->hasPendingSave(m_draft.id);
+    if (prompt.body != before.body && prompt.body != m_draft.body && bodyUntouched)
+        adoptBody(prompt.body);
     m_draft.fileURL = prompt.fileURL;
     m_draft.modifiedAt = prompt.modifiedAt;
 }
@@ -204,7 +230,12 @@ void PromptDetailView::showDraft()
     m_title->setText(m_draft.frontMatter.title);
     m_title->setCursorPosition(0);
     m_editor->setPlainText(m_draft.body);
+    m_editorText = EditorText::fromDocument(m_editor->document());
     m_showingDraft = false;
+    // A notice belongs to the prompt it was shown for.
+    ++m_noticeGeneration;
+    m_notice->clear();
+    m_notice->hide();
     updateChrome();
 }
 
@@ -220,9 +251,75 @@ void PromptDetailView::editBody()
 {
     if (m_showingDraft)
         return;
-    m_draft.body = m_editor->toPlainText();
+    const QString shown = EditorText::fromDocument(m_editor->document());
+    m_draft.body = EditorText::toBody(m_draft.body, m_editorText, shown);
+    m_editorText = shown;
     m_state->scheduleSave(m_draft);
     updateChrome();
+}
+
+void PromptDetailView::replaceBodyText(const QString &body)
+{
+    // Only the lines that differ are replaced, as one undoable step, so the
+    // cursor and the lines on screen stay with the text around them.
+    const QString shown = EditorText::fromBody(body);
+    m_editorText = EditorText::fromDocument(m_editor->document()); // what the changes are counted in
+    const QList<EditorText::Change> changes = EditorText::lineChanges(m_editorText, shown);
+    if (changes.isEmpty())
+        return;
+    QScrollBar *scroll = m_editor->verticalScrollBar();
+    const QTextCursor top = m_editor->cursorForPosition(QPoint(0, 0));
+    const int topLineBefore = top.block().firstLineNumber();
+    QTextCursor edit(m_editor->document());
+    edit.beginEditBlock();
+    int shift = 0; // what the changes before this one added
+    for (const EditorText::Change &change : changes) {
+        edit.setPosition(change.start + shift);
+        edit.setPosition(change.start + shift + change.removed, QTextCursor::KeepAnchor);
+        // Where the new text starts in `shown`: the same offset, shifted alike.
+        edit.insertText(shown.mid(change.start + shift, change.inserted));
+        shift += change.inserted - change.removed;
+    }
+    edit.endEditBlock();
+    scroll->setValue(scroll->value() + top.block().firstLineNumber() - topLineBefore);
+}
+
+void PromptDetailView::adoptBody(const QString &body)
+{
+    m_showingDraft = true;
+    replaceBodyText(body);
+    m_showingDraft = false;
+    m_draft.body = body;
+    m_editorText = EditorText::fromDocument(m_editor->document());
+    updateChrome();
+}
+
+void PromptDetailView::restoreOtherVersion()
+{
+    const std::optional<Prompt> other = m_state->overwrittenVersion(m_draft.id);
+    m_state->forgetOverwrittenVersion(m_draft.id);
+    updateOtherVersionBar();
+    if (!other)
+        return;
+    // An edit like any other: saved after the pause, and Undo brings the
+    // user's text back.
+    if (other->frontMatter.title != m_draft.frontMatter.title) {
+        m_title->showTitle(other->frontMatter.title);
+        editTitle(other->frontMatter.title);
+    }
+    if (other->body != m_draft.body) {
+        m_showingDraft = true;
+        replaceBodyText(other->body);
+        m_showingDraft = false;
+        m_draft.body = other->body; // exactly theirs, line ends included
+        m_editorText = EditorText::fromDocument(m_editor->document());
+        m_state->scheduleSave(m_draft);
+    }
+}
+
+void PromptDetailView::updateOtherVersionBar()
+{
+    m_otherVersionBar->setVisible(m_state->overwrittenVersion(m_draft.id).has_value());
 }
 
 void PromptDetailView::updateChrome()
@@ -238,7 +335,7 @@ void PromptDetailView::updateChrome()
     m_variablesPanel->setVisible(hasVariables);
     if (hasVariables) {
         m_variablesCount->setText(PromptText::counted(names.size(), QStringLiteral("variable")));
-        m_variablesNames->setText(names.join(u", "));
+        m_variablesNames->setFullText(names.join(u", "));
     }
     updateIcons();
 }
@@ -268,8 +365,33 @@ void PromptDetailView::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
 }
 
+namespace {
+
+// Tab types a tab in the body; Ctrl+Tab and Ctrl+Shift+Tab leave it, as in
+// other editors that keep Tab for themselves.
+bool moveFocusOnControlTab(QWidget *editor, QKeyEvent *key)
+{
+    const bool backwards = key->key() == Qt::Key_Backtab || (key->modifiers() & Qt::ShiftModifier);
+    if ((key->key() != Qt::Key_Tab && key->key() != Qt::Key_Backtab) || !(key->modifiers() & Qt::ControlModifier))
+        return false;
+    for (QWidget *next = backwards ? editor->previousInFocusChain() : editor->nextInFocusChain(); next != editor;
+         next = backwards ? next->previousInFocusChain() : next->nextInFocusChain()) {
+        if ((next->focusPolicy() & Qt::TabFocus) && next->isVisible() && next->isEnabled()
+            && next->window() == editor->window()) {
+            next->setFocus(backwards ? Qt::BacktabFocusReason : Qt::TabFocusReason);
+            return true;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
 bool PromptDetailView::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == m_editor && event->type() == QEvent::KeyPress
+        && moveFocusOnControlTab(m_editor, static_cast<QKeyEvent *>(event)))
+        return true;
     // In a text field ⌘C copies the selection when there is one; otherwise
     // it copies the prompt, as the Copy button does.
     if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
@@ -320,9 +442,11 @@ void PromptDetailView::openFillSheet()
 void PromptDetailView::togglePin()
 {
     // Saved at once; the draft follows when the library publishes the change.
+    // The copy carries the edits not yet written, so it replaces the
+    // pending save, which still holds the old pin.
     Prompt copy = m_draft;
     copy.frontMatter.pinned = !copy.frontMatter.pinned;
-    m_state->library()->save(copy);
+    m_state->saveNow(copy);
 }
 
 void PromptDetailView::notify(const QString &notice)
@@ -331,7 +455,9 @@ void PromptDetailView::notify(const QString &notice)
     m_notice->show();
     // Each notice schedules its own removal and none is cancelled, so a
     // second notice within 1.6 s is cleared by the first one's timer.
-    QTimer::singleShot(noticeDurationMs, this, [this] {
+    QTimer::singleShot(noticeDurationMs, this, [this, generation = m_noticeGeneration] {
+        if (generation != m_noticeGeneration)
+            return; // shown for a prompt no longer here
         m_notice->clear();
         m_notice->hide();
     });

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "Prompt.h"
+#include "TitleField.h"
 #include "VariableFillSheet.h"
 
 #include <QPointer>
 #include <QWidget>
 
 class AppState;
+class ElidedLabel;
+class OtherVersionBar;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -15,8 +18,9 @@ class QToolButton;
 class QPushButton;
 
 // The editor of one prompt: title, body, pin, copy. Every keystroke goes into
-// the draft and to AppState's delayed save; the library's reloads never
-// disturb typing (the body is only replaced when another prompt is shown).
+// the draft and to AppState's delayed save. The library's reloads never
+// disturb typing: a change made by another program is taken in only where
+// nothing was typed since the last save.
 class PromptDetailView : public QWidget
 {
     Q_OBJECT
@@ -26,8 +30,10 @@ public:
 
     explicit PromptDetailView(AppState *state, QWidget *parent = nullptr);
 
-    // Shows `prompt`: a new id resets the draft; the same id only brings in a
-    // changed front matter (a pin toggled elsewhere), keeping body edits.
+    // Shows `prompt`: a new id resets the draft. For the same id, what the
+    // library now publishes differently from before is brought in: the front
+    // matter (a pin toggled elsewhere) always, the body only while it has
+    // no unsaved edit.
     void setPrompt(const Prompt &prompt);
     const Prompt &draft() const { return m_draft; }
 
@@ -37,6 +43,7 @@ public:
     void togglePin();
     void notify(const QString &notice);
     void claimPendingFocusIfMatched();
+    void restoreOtherVersion();
 
     QLineEdit *titleField() const { return m_title; }
     QPlainTextEdit *editor() const { return m_editor; }
@@ -47,6 +54,7 @@ public:
     QWidget *variablesPanel() const { return m_variablesPanel; }
     QLabel *variablesCountLabel() const { return m_variablesCount; }
     QPushButton *fillButton() const { return m_fillButton; }
+    OtherVersionBar *otherVersionBar() const { return m_otherVersionBar; }
     VariableFillSheet *fillSheet() const { return m_sheet; }
 
 protected:
@@ -62,10 +70,15 @@ private:
     void updateIcons();
     void editTitle(const QString &text);
     void editBody();
+    void replaceBodyText(const QString &body);
+    void adoptBody(const QString &body);
+    void updateOtherVersionBar();
 
     AppState *m_state;
     Prompt m_draft;
-    QLineEdit *m_title;
+    Prompt m_published;  // as the library last published it
+    QString m_editorText; // the draft's body as the editor shows it
+    TitleField *m_title;
     QLabel *m_notice;
     QToolButton *m_pin;
     QToolButton *m_copy;
@@ -75,10 +88,12 @@ private:
     QWidget *m_variablesPanel;
     QLabel *m_variablesIcon;
     QLabel *m_variablesCount;
-    QLabel *m_variablesNames;
+    ElidedLabel *m_variablesNames;
     QPushButton *m_fillButton;
+    OtherVersionBar *m_otherVersionBar;
     QShortcut *m_copyShortcut;
     QShortcut *m_rawShortcut;
     QPointer<VariableFillSheet> m_sheet;
     bool m_showingDraft = false;
+    int m_noticeGeneration = 0; // a notice belongs to the prompt it was shown for
 };

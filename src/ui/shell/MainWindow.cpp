@@ -13,8 +13,10 @@
 #include "ui/theme/Theme.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -94,6 +96,10 @@ MainWindow::MainWindow(AppState *state, QWidget *parent)
     if (!restoreGeometry(QSettings().value(geometryKey).toByteArray()))
         resize(920, 640);
     refresh();
+    // The window opens with the keyboard in the sidebar. Given here rather
+    // than found by Qt on activation, which counts as a Tab and would ring
+    // the first row as if the user had moved there.
+    m_sidebar->tree()->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::buildActions()
@@ -116,6 +122,12 @@ void MainWindow::buildActions()
     m_reveal = new QAction(QStringLiteral("Reveal Prompts Folder"), this);
     connect(m_reveal, &QAction::triggered, this,
             [this] { Workspace::revealInFileBrowser(m_state->library()->rootPath()); });
+
+    m_quit = new QAction(QStringLiteral("&Quit"), this);
+    m_quit->setMenuRole(QAction::QuitRole);
+    m_quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    // Closing the windows quits, as closing the main window does.
+    connect(m_quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
 
     m_preferences = new QAction(QStringLiteral("Preferences…"), this);
     m_preferences->setMenuRole(QAction::PreferencesRole);
@@ -151,6 +163,9 @@ void MainWindow::buildMenus()
     file->addAction(m_reveal);
     // macOS puts the preferences item into the application menu by its role;
     // elsewhere it lives in Edit.
+    // macOS moves the quit item into the application menu by its role.
+    file->addSeparator();
+    file->addAction(m_quit);
     if (QGuiApplication::platformName() == u"cocoa") {
         file->addAction(m_preferences);
     } else {
@@ -165,6 +180,7 @@ void MainWindow::buildMenus()
 void MainWindow::buildToolbar()
 {
     QToolBar *toolbar = addToolBar(QStringLiteral("Toolbar"));
+    m_toolbar = toolbar;
     toolbar->setObjectName(QStringLiteral("toolbar"));
     toolbar->setMovable(false);
     toolbar->setFloatable(false);
@@ -189,8 +205,20 @@ void MainWindow::buildToolbar()
     });
     m_search->installEventFilter(this);
     toolbar->addAction(m_toolbarNewPrompt);
-    for (QAction *action : {m_toolbarNewProject, m_hideSidebar, m_showSidebar, m_toolbarNewPrompt})
-        action->setToolTip(action->text());
+    // Reachable with Tab, in the order they stand, then the sidebar.
+    QWidget *previous = nullptr;
+    for (QAction *action : {m_toolbarNewProject, m_hideSidebar, m_showSidebar, static_cast<QAction *>(nullptr),
+                            m_toolbarNewPrompt}) {
+        QWidget *widget = action ? toolbar->widgetForAction(action) : m_search;
+        if (action) {
+            action->setToolTip(action->text());
+            widget->setFocusPolicy(Qt::TabFocus);
+        }
+        if (previous)
+            setTabOrder(previous, widget);
+        previous = widget;
+    }
+    setTabOrder(previous, m_sidebar->tree());
 }
 
 void MainWindow::updateIcons()
@@ -211,10 +239,15 @@ void MainWindow::changeEvent(QEvent *event)
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_search && event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape && !m_search->text().isEmpty()) {
-        m_search->clear();
-        return true;
+    if (watched == m_search && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Escape && !m_search->text().isEmpty()) {
+            m_search->clear();
+            return true;
+        }
+        // Down goes on into the results, as from any search field.
+        if (key == Qt::Key_Down && currentDetail() == Detail::SearchResults && m_searchResults->enterFromSearchField())
+            return true;
     }
     return QMainWindow::eventFilter(watched, event);
 }
@@ -225,15 +258,36 @@ void MainWindow::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
+// The new-project and hide buttons belong to the sidebar's column. Focus
+// that was there goes to the button that takes their place, never on to
+// the next field (where Qt would select the title for overtyping).
 void MainWindow::hideSidebar()
 {
-    m_sidebar->hide();
+    QWidget *focus = QApplication::focusWidget();
+    const bool hadFocus = focus
+        && (m_sidebar->isAncestorOf(focus) || focus == m_toolbar->widgetForAction(m_hideSidebar)
+            || focus == m_toolbar->widgetForAction(m_toolbarNewProject));
     m_showSidebar->setVisible(true);
+    if (hadFocus) {
+        m_toolbar->layout()->activate(); // shows the button now
+        m_toolbar->widgetForAction(m_showSidebar)->setFocus(Qt::OtherFocusReason);
+    }
+    m_sidebar->hide();
+    m_toolbarNewProject->setVisible(false);
+    m_hideSidebar->setVisible(false);
 }
 
 void MainWindow::showSidebar()
 {
+    QWidget *focus = QApplication::focusWidget();
+    const bool hadFocus = focus && focus == m_toolbar->widgetForAction(m_showSidebar);
     m_sidebar->show();
+    m_toolbarNewProject->setVisible(true);
+    m_hideSidebar->setVisible(true);
+    if (hadFocus) {
+        m_toolbar->layout()->activate();
+        m_toolbar->widgetForAction(m_hideSidebar)->setFocus(Qt::OtherFocusReason);
+    }
     m_showSidebar->setVisible(false);
 }
 

@@ -36,6 +36,8 @@ public:
     void setResults(QList<Prompt> results);
     QListView *list() const { return m_list; }
     SearchResultsModel *model() const { return m_model; }
+    // Keyboard focus into the results, on the first one, without picking it.
+    bool enterFromSearchField();
 
 private:
     AppState *m_state;

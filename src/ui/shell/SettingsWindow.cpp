@@ -11,6 +11,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -24,7 +25,8 @@ QWidget *sectionHeader(const QString &symbol, const QString &title, QWidget *par
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
     auto *icon = new QLabel(row);
-    icon->setPixmap(Icons::pixmap(symbol, Theme::secondaryText(parent->palette()), 14, parent->devicePixelRatioF()));
+    icon->setObjectName(QStringLiteral("sectionIcon"));
+    icon->setProperty("symbol", symbol); // tinted in SettingsWindow::updateIcons()
     auto *label = new QLabel(title, row);
     label->setFont(Theme::font(13, QFont::DemiBold));
     layout->addWidget(icon);
@@ -93,6 +95,7 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
                            this));
     layout->addStretch();
 
+    updateIcons();
     loadFromPreferences();
     connect(m_appearance, &QComboBox::currentIndexChanged, this,
             [this] { m_preferences->setAppearance(m_appearance->currentData().toString()); });
@@ -103,6 +106,31 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
         if (on)
             Accessibility::requestTrustIfNeeded();
     });
+}
+
+void SettingsWindow::updateIcons()
+{
+    const QColor tint = Theme::secondaryText(palette());
+    for (QLabel *icon : findChildren<QLabel *>(QStringLiteral("sectionIcon")))
+        icon->setPixmap(Icons::pixmap(icon->property("symbol").toString(), tint, 14, devicePixelRatioF()));
+}
+
+void SettingsWindow::changeEvent(QEvent *event)
+{
+    // The window stays open across a switch of appearance.
+    if (event->type() == QEvent::PaletteChange)
+        updateIcons();
+    QWidget::changeEvent(event);
+}
+
+void SettingsWindow::keyPressEvent(QKeyEvent *event)
+{
+    // Escape closes it, as it closes any dialog.
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void SettingsWindow::showEvent(QShowEvent *event)

@@ -22,9 +22,12 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void loadFromPreferences();
+    void updateIcons();
 
     Preferences *m_preferences;
     QComboBox *m_appearance;

@@ -26,6 +26,8 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
     m_state->setAlerts(m_alerts.get());
 
     connect(m_preferences, &Preferences::appearanceChanged, this, &VeskApplication::updateAppAppearance);
+    // "system" and "opposite" follow the desktop's switch as it happens.
+    SystemAppearance::watch(this, [this] { updateAppAppearance(); });
     connect(m_window.get(), &MainWindow::preferencesRequested, this, [this] {
         SettingsWindow *settings = settingsWindow();
         settings->show();

@@ -12,6 +12,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -60,8 +61,23 @@ WelcomeView::WelcomeView(AppState *state, QWidget *parent)
     , m_create(new QPushButton(QStringLiteral("Create Your First Prompt"), this))
 {
     setObjectName(QStringLiteral("welcome"));
-    auto *outer = new QVBoxLayout(this);
-    outer->setContentsMargins(24, 40, 24, 40);
+    // The column scrolls when the window is too short to hold it: nothing is
+    // ever squeezed. Its padding above and below gives way first.
+    auto *scroll = new QScrollArea(this);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->viewport()->setAutoFillBackground(false);
+    auto *content = new QWidget(scroll);
+    content->setObjectName(QStringLiteral("welcomeContent"));
+    content->setAutoFillBackground(false);
+    scroll->setWidget(content);
+    auto *page = new QVBoxLayout(this);
+    page->setContentsMargins(0, 0, 0, 0);
+    page->addWidget(scroll);
+
+    auto *outer = new QVBoxLayout(content);
+    outer->setContentsMargins(24, 16, 24, 16);
     outer->addStretch();
 
     auto *column = new QVBoxLayout;

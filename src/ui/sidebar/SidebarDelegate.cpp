@@ -20,6 +20,17 @@ qreal ratio(const QPainter *painter)
     return painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
 }
 
+// The keyboard's place in the list, once the keyboard is in use there.
+void paintFocusRing(QPainter *painter, const QStyleOptionViewItem &option, const QRect &rect)
+{
+    if (!(option.state & QStyle::State_HasFocus) || !(option.state & QStyle::State_KeyboardFocusChange))
+        return;
+    QPen pen(Theme::accent(option.palette), 1.5);
+    painter->setPen(pen);
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(rect).adjusted(0.75, 0.75, -0.75, -0.75), 6, 6);
+}
+
 } // namespace
 
 QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -57,12 +68,17 @@ void SidebarDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
     case SidebarModel::RowKind::Prompt:
         paintPrompt(painter, option, index);
         break;
-    case SidebarModel::RowKind::Empty:
+    case SidebarModel::RowKind::Empty: {
+        // The row is not selectable, which makes the view hand over the
+        // disabled colours; the text is meant to be read all the same.
+        QPalette palette = option.palette;
+        palette.setCurrentColorGroup(QPalette::Active);
         painter->setFont(Theme::font(11));
-        painter->setPen(Theme::tertiaryText(option.palette));
+        painter->setPen(Theme::tertiaryText(palette));
         painter->drawText(option.rect.adjusted(horizontalMargin + iconColumn, 0, -horizontalMargin, 0),
                           Qt::AlignVCenter | Qt::AlignLeft, index.data().toString());
         break;
+    }
     }
     painter->restore();
 }
@@ -78,6 +94,7 @@ void SidebarDelegate::paintHeader(QPainter *painter, const QStyleOptionViewItem 
         plate.addRoundedRect(QRectF(option.rect.adjusted(6, 2, -6, 0)), 4, 4);
         painter->fillPath(plate, tint);
     }
+    paintFocusRing(painter, option, option.rect.adjusted(6, 2, -6, 0));
     painter->setFont(Theme::font(11, QFont::DemiBold));
     painter->setPen(Theme::secondaryText(option.palette));
     const QRect textRect = rect.adjusted(2, 4, -24, 0);
@@ -122,6 +139,8 @@ void SidebarDelegate::paintPrompt(QPainter *painter, const QStyleOptionViewItem 
         QPainterPath path;
         path.addRoundedRect(rowRect, 6, 6);
         painter->fillPath(path, fill);
+    } else {
+        paintFocusRing(painter, option, rowRect);
     }
     const QColor onSelection = palette.color(QPalette::HighlightedText);
     const auto tone = [&](const QColor &normal, qreal alpha) {

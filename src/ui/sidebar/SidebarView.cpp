@@ -11,6 +11,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
@@ -56,6 +57,7 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
     m_tree->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_tree->setAttribute(Qt::WA_MacShowFocusRect, false);
     m_tree->viewport()->setAutoFillBackground(false);
+    m_tree->installEventFilter(this);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -77,14 +79,20 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
 
     // A reset (prompts added or removed) rebuilds the rows: put expansion,
     // selection and the scroll position back as they were.
-    connect(m_model, &QAbstractItemModel::modelAboutToBeReset, this,
-            [this] { m_savedScroll = m_tree->verticalScrollBar()->value(); });
+    connect(m_model, &QAbstractItemModel::modelAboutToBeReset, this, [this] {
+        m_savedScroll = m_tree->verticalScrollBar()->value();
+        noteSelectedRowOnScreen();
+    });
     connect(m_model, &QAbstractItemModel::modelReset, this, [this] {
         applyExpansion();
         syncSelectionFromState();
         m_tree->layOutNow();
         m_tree->verticalScrollBar()->setValue(m_savedScroll);
+        keepSelectedRowOnScreen();
     });
+    // A save moves the saved prompt to the top of its section.
+    connect(m_model, &QAbstractItemModel::layoutAboutToBeChanged, this, &SidebarView::noteSelectedRowOnScreen);
+    connect(m_model, &QAbstractItemModel::layoutChanged, this, &SidebarView::keepSelectedRowOnScreen);
     connect(m_state, &AppState::selectedPromptIDsChanged, this, &SidebarView::syncSelectionFromState);
     connect(m_state, &AppState::changed, this, &SidebarView::updateSearchHeader);
 
@@ -97,6 +105,65 @@ void SidebarView::setSectionExpanded(const QString &sectionId, bool expanded)
 {
     m_sectionExpansion.insert(sectionId, expanded);
     m_tree->setExpanded(m_model->sectionIndex(sectionId), expanded);
+}
+
+bool SidebarView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_tree && event->type() == QEvent::KeyPress) {
+        // Moving with the keys within the list is keyboard use as much as Tab
+        // is: the current row shows its focus from now on.
+        m_tree->window()->setAttribute(Qt::WA_KeyboardFocusChange);
+        if (handleKey(static_cast<QKeyEvent *>(event)))
+            return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+bool SidebarView::handleKey(QKeyEvent *key)
+{
+    // Copy belongs to the one selected prompt's editor (a window shortcut,
+    // which comes first when it is there); the list never copies row texts.
+    if (key->matches(QKeySequence::Copy))
+        return true;
+    if (key->modifiers() != Qt::NoModifier && key->modifiers() != Qt::KeypadModifier)
+        return false;
+    const QModelIndex current = m_tree->currentIndex();
+    if (!current.isValid() || (key->key() != Qt::Key_Left && key->key() != Qt::Key_Right))
+        return false;
+    // Left and Right fold and unfold the current section; Left on a row
+    // goes up to its section's header, as in any outline.
+    if (SidebarModel::kind(current) != SidebarModel::RowKind::Header) {
+        if (key->key() == Qt::Key_Left)
+            m_tree->selectionModel()->setCurrentIndex(current.parent(), QItemSelectionModel::NoUpdate);
+        return true;
+    }
+    setSectionExpanded(current.data(SidebarModel::SectionIdRole).toString(), key->key() == Qt::Key_Right);
+    return true;
+}
+
+void SidebarView::noteSelectedRowOnScreen()
+{
+    m_anchorId.clear();
+    const QRect screen = m_tree->viewport()->rect();
+    for (const QString &id : m_state->selectedPromptIDs()) {
+        const QRect row = m_tree->visualRect(m_model->promptIndex(id));
+        if (row.intersects(screen) && (m_anchorId.isEmpty() || row.top() < m_anchorTop)) {
+            m_anchorId = id;
+            m_anchorTop = row.top();
+        }
+    }
+}
+
+void SidebarView::keepSelectedRowOnScreen()
+{
+    if (m_anchorId.isEmpty())
+        return;
+    const QModelIndex index = m_model->promptIndex(std::exchange(m_anchorId, QString()));
+    if (!index.isValid())
+        return;
+    m_tree->layOutNow();
+    QScrollBar *scroll = m_tree->verticalScrollBar();
+    scroll->setValue(scroll->value() + m_tree->visualRect(index).top() - m_anchorTop);
 }
 
 void SidebarView::applyExpansion()
@@ -133,11 +200,8 @@ void SidebarView::syncSelectionToState()
         if (SidebarModel::kind(index) == SidebarModel::RowKind::Prompt)
             ids.insert(index.data(SidebarModel::PromptIdRole).toString());
     }
-    if (ids == m_state->selectedPromptIDs())
-        return;
-    // The edit in progress belongs to the old selection: write it first.
-    m_state->flushPendingSave();
-    m_state->setSelectedPromptIDs(ids);
+    if (ids != m_state->selectedPromptIDs())
+        m_state->setSelectedPromptIDs(ids); // writes the edit in progress first
 }
 
 void SidebarView::updateSearchHeader()

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 class AppState;
+class QKeyEvent;
 class QLabel;
 class QMenu;
 class QPushButton;
@@ -15,7 +16,8 @@ class SidebarModel;
 
 // The left column: the search header while searching, then the sections.
 // Its selection is AppState's; changing it writes any pending edit first.
-// Expansion, selection and scroll position survive every reload.
+// Expansion, selection and scroll position survive every reload, and a
+// selected row on screen stays where it is when an autosave moves it.
 class SidebarView : public QWidget
 {
     Q_OBJECT
@@ -37,8 +39,14 @@ public:
     void fillContextMenu(QMenu *menu, const QModelIndex &index, bool fromKeyboard);
     SidebarMenus &menus() { return m_menus; }
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
+    bool handleKey(QKeyEvent *key);
     void applyExpansion();
+    void noteSelectedRowOnScreen();
+    void keepSelectedRowOnScreen();
     void syncSelectionFromState();
     void syncSelectionToState();
     void updateSearchHeader();
@@ -55,4 +63,6 @@ private:
     QHash<QString, bool> m_sectionExpansion; // missing means expanded
     bool m_syncingSelection = false;
     int m_savedScroll = 0;
+    QString m_anchorId; // a selected row on screen while rows move, and its top
+    int m_anchorTop = 0;
 };

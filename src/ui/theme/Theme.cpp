@@ -45,7 +45,9 @@ QColor secondaryText(const QPalette &palette)
 
 QColor tertiaryText(const QPalette &palette)
 {
-    return withAlpha(palette.color(QPalette::Text), isDark(palette) ? 0.42 : 0.40);
+    // The quietest text still reads at 3:1 or better on the window and the
+    // text background, in both schemes.
+    return withAlpha(palette.color(QPalette::Text), isDark(palette) ? 0.44 : 0.47);
 }
 
 QColor accent(const QPalette &palette)
