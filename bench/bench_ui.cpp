@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QSettings>
@@ -76,17 +77,20 @@ int main(int argc, char *argv[])
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
     const int count = argc > 1 ? QByteArray(argv[1]).toInt() : 10000;
 
+    // A folder of an earlier run may be given, to measure the same library again.
     QTemporaryDir dir;
-    const QString root = dir.path() + u"/prompts";
-    QString error;
-    if (count <= 0 || !generateLibrary(root, {count, 0, 42}, &error)) {
-        std::fprintf(stderr, "bench_ui: %s\n", count <= 0 ? "usage: bench_ui [PROMPTS]" : qUtf8Printable(error));
-        return 2;
+    const QString root = argc > 2 ? QString::fromLocal8Bit(argv[2]) : dir.path() + u"/prompts";
+    if (!QFileInfo::exists(root)) {
+        QString error;
+        if (count <= 0 || !generateLibrary(root, {count, 0, 42}, &error)) {
+            std::fprintf(stderr, "bench_ui: %s\n",
+                         count <= 0 ? "usage: bench_ui [PROMPTS [FOLDER]]" : qUtf8Printable(error));
+            return 2;
+        }
+        // A real library was not written in the last seconds (those files are
+        // always read again, see PromptLibrary).
+        QThread::msleep(3500);
     }
-
-    // A real library was not written in the last seconds (those files are
-    // always read again, see PromptLibrary).
-    QThread::msleep(3500);
 
     // Launch: from here (the library generated, the toolkit up) to the first paint.
     const qint64 launchStart = clock.nsecsElapsed();
@@ -134,7 +138,8 @@ int main(int argc, char *argv[])
 
     // The autosave: what the 400 ms timer runs, then the repaint it causes.
     std::vector<double> autosave;
-    for (int i = 0; i < 7; ++i) {
+    const int autosaves = qEnvironmentVariableIntValue("VESK_BENCH_AUTOSAVES");
+    for (int i = 0; i < (autosaves > 0 ? autosaves : 7); ++i) {
         QTest::keyClick(editor, 'x');
         const qint64 start = clock.nsecsElapsed();
         vesk.state()->flushPendingSave();

@@ -2,6 +2,10 @@
 
 QString Prompt::fileName() const
 {
+    // The id ends in the file name; reading it there spares decoding the URL,
+    // which the orderings do for every prompt they sort.
+    if (id.size() > projectName.size() && id.startsWith(projectName) && id.at(projectName.size()) == u'/')
+        return id.mid(projectName.size() + 1);
     const QString path = filePath();
     return path.mid(path.lastIndexOf(u'/') + 1);
 }

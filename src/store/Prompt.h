@@ -47,6 +47,10 @@ struct Prompt
     }
 };
 
+// Plain values of implicitly shared parts: lists may move them as bytes.
+Q_DECLARE_TYPEINFO(PromptFrontMatter, Q_RELOCATABLE_TYPE);
+Q_DECLARE_TYPEINFO(Prompt, Q_RELOCATABLE_TYPE);
+
 // One project folder directly under the library root.
 struct Project
 {

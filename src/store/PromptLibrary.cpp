@@ -207,11 +207,14 @@ void PromptLibrary::publish(const Delta &delta)
 
     QList<Project> projects;
     projects.reserve(m_folders.size());
-    for (const Folder &folder : std::as_const(m_folders)) {
-        int count = 0;
-        for (const LoadedFile &file : folder.files)
-            count += file.prompt.has_value();
-        projects.append({folder.name, QUrl::fromLocalFile(folder.path), count});
+    for (qsizetype i = 0; i < m_folders.size(); ++i) {
+        Folder &folder = m_folders[i];
+        if (delta.foldersChanged || delta.touchedFolders.contains(i)) {
+            folder.promptCount = 0;
+            for (const LoadedFile &file : std::as_const(folder.files))
+                folder.promptCount += file.prompt.has_value();
+        }
+        projects.append({folder.name, QUrl::fromLocalFile(folder.path), folder.promptCount});
     }
     projects = sortByOrder(projects, [](const Project &p) { return p.name; }, m_sectionOrder);
     if (!m_loadedOnce || projects != m_projects) {

@@ -127,6 +127,7 @@ private:
         QSet<QString> linked;              // files that are symbolic links
         std::optional<LibraryScan::FileStamp> orderStamp;
         QStringList order;
+        int promptCount = 0;
     };
     // What a reload or refresh changed, gathered before anything is published.
     struct Delta
@@ -137,6 +138,7 @@ private:
         bool rootOrdersChanged = false;
         bool projectOrdersChanged = false;
         bool rootUnreadable = false;   // only projects and prompts are emptied
+        QSet<qsizetype> touchedFolders; // listed or read again
     };
 
     void fullScan(Delta *delta);

@@ -139,6 +139,7 @@ void PromptLibrary::listAndRead(const QList<qsizetype> &folders, QList<LibrarySc
     const qint64 now = QDateTime::currentSecsSinceEpoch();
     for (qsizetype i = 0; i < folders.size(); ++i) {
         Folder &folder = m_folders[folders[i]];
+        delta->touchedFolders.insert(folders[i]);
         QStringList listing;
         QHash<QString, LoadedFile> files;
         QSet<QString> linked;
@@ -202,6 +203,7 @@ void PromptLibrary::applyReads(const QList<LibraryScan::ReadRequest> &requests,
     const QList<LibraryScan::ReadResult> results = LibraryScan::readPrompts(requests);
     for (qsizetype i = 0; i < requests.size(); ++i) {
         Folder &folder = m_folders[requestFolders[i]];
+        delta->touchedFolders.insert(requestFolders[i]);
         const auto file = folder.files.find(requests[i].fileName);
         if (file == folder.files.end())
             continue;

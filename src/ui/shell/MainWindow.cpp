@@ -323,7 +323,7 @@ void MainWindow::refresh()
     m_newPrompt->setEnabled(!m_state->library()->projects().isEmpty());
 
     if (m_state->isSearching()) {
-        m_searchResults->setResults(m_state->searchResults());
+        m_searchResults->setResults(m_state->library()->prompts(), m_state->searchResultIndices());
         m_detail->setCurrentWidget(m_searchResults);
         return;
     }

@@ -158,23 +158,26 @@ protected:
 
 } // namespace
 
-void SearchResultsModel::setResults(QList<Prompt> results)
+void SearchResultsModel::setResults(const QList<Prompt> &prompts, const QList<qsizetype> &indices)
 {
+    if (prompts.isSharedWith(m_prompts) && indices == m_indices)
+        return;
     beginResetModel();
-    m_results = std::move(results);
+    m_prompts = prompts;
+    m_indices = indices;
     endResetModel();
 }
 
 int SearchResultsModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_results.size());
+    return parent.isValid() ? 0 : int(m_indices.size());
 }
 
 QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
 {
-    if (!index.isValid() || index.row() >= m_results.size())
+    if (!index.isValid() || index.row() >= m_indices.size() || m_indices[index.row()] >= m_prompts.size())
         return {};
-    const Prompt &prompt = m_results.at(index.row());
+    const Prompt &prompt = m_prompts.at(m_indices[index.row()]);
     switch (role) {
     case Qt::DisplayRole:
         return prompt.displayTitle();
@@ -233,8 +236,8 @@ bool SearchResultsView::enterFromSearchField()
     return true;
 }
 
-void SearchResultsView::setResults(QList<Prompt> results)
+void SearchResultsView::setResults(const QList<Prompt> &prompts, const QList<qsizetype> &indices)
 {
-    setCurrentWidget(results.isEmpty() ? m_noMatches : static_cast<QWidget *>(m_list));
-    m_model->setResults(std::move(results));
+    setCurrentWidget(indices.isEmpty() ? m_noMatches : static_cast<QWidget *>(m_list));
+    m_model->setResults(prompts, indices);
 }

@@ -17,12 +17,15 @@ public:
     enum Role { PromptIdRole = Qt::UserRole + 1, PreviewRole, SubtitleRole, PinnedRole };
     using QAbstractListModel::QAbstractListModel;
 
-    void setResults(QList<Prompt> results);
+    // The results as positions in `prompts` (the library's list, which this
+    // shares rather than copies); nothing is announced when they are the same.
+    void setResults(const QList<Prompt> &prompts, const QList<qsizetype> &indices);
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
 private:
-    QList<Prompt> m_results;
+    QList<Prompt> m_prompts;
+    QList<qsizetype> m_indices;
 };
 
 // The detail area while searching: the results, or "No matches".
@@ -33,7 +36,7 @@ class SearchResultsView : public QStackedWidget
 public:
     explicit SearchResultsView(AppState *state, QWidget *parent = nullptr);
 
-    void setResults(QList<Prompt> results);
+    void setResults(const QList<Prompt> &prompts, const QList<qsizetype> &indices);
     QListView *list() const { return m_list; }
     SearchResultsModel *model() const { return m_model; }
     // Keyboard focus into the results, on the first one, without picking it.

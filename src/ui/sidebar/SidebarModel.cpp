@@ -38,9 +38,22 @@ SidebarModel::SidebarModel(AppState *state, QObject *parent)
     , m_state(state)
     , m_organizer(state)
 {
-    m_sections = buildSections();
+    setSections(buildSections());
     // Only the library's lists shape the sidebar; a search or a selection does not.
     connect(state, &AppState::libraryChanged, this, &SidebarModel::refresh);
+}
+
+SidebarModel::Section SidebarModel::buildSection(const SidebarSection &section) const
+{
+    const PromptLibrary &library = *m_state->library();
+    Section built{section,
+                  section.isPinned() ? LibraryQueries::pinnedPrompts(library)
+                                     : LibraryQueries::promptsInProject(library, section.projectName()),
+                  {}};
+    built.extraLines.reserve(built.prompts.size());
+    for (const Prompt &prompt : std::as_const(built.prompts))
+        built.extraLines.append(extraLines(prompt, section.isPinned()));
+    return built;
 }
 
 QList<SidebarModel::Section> SidebarModel::buildSections() const
@@ -59,6 +72,53 @@ QList<SidebarModel::Section> SidebarModel::buildSections() const
     return sections;
 }
 
+QList<SidebarModel::Section> SidebarModel::rebuildSectionsOf(const QSet<QString> &promptIds) const
+{
+    const PromptLibrary &library = *m_state->library();
+    QSet<QString> affected; // section ids, where the prompts were and where they are now
+    for (const QString &id : promptIds) {
+        const auto row = m_promptRows.constFind(id);
+        if (row != m_promptRows.constEnd())
+            affected.insert(m_sections[row->first].section.id());
+        if (const std::optional<Prompt> prompt = library.prompt(id))
+            affected.insert(prompt->frontMatter.pinned ? SidebarSection::pinned().id() : prompt->projectName);
+    }
+    QList<Section> sections = m_sections; // shares every section it does not rebuild
+    for (Section &section : sections) {
+        if (affected.contains(section.section.id()))
+            section = buildSection(section.section);
+    }
+    return sections;
+}
+
+void SidebarModel::setSections(QList<Section> sections)
+{
+    m_sections = std::move(sections);
+    m_promptRows.clear();
+    for (int i = 0; i < m_sections.size(); ++i) {
+        for (int row = 0; row < m_sections[i].prompts.size(); ++row)
+            m_promptRows.insert(m_sections[i].prompts[row].id, {i, row});
+    }
+}
+
+void SidebarModel::replaceSections(QList<Section> sections, const QList<int> &changed)
+{
+    m_sections.swap(sections); // `sections` now holds the previous ones
+    for (const int i : changed) {
+        if (i >= sections.size())
+            continue;
+        for (const Prompt &prompt : std::as_const(sections[i].prompts)) {
+            const auto row = m_promptRows.constFind(prompt.id);
+            if (row != m_promptRows.constEnd() && row->first == i)
+                m_promptRows.erase(row);
+        }
+    }
+    for (const int i : changed) {
+        for (int row = 0; row < m_sections[i].prompts.size(); ++row)
+            m_promptRows.insert(m_sections[i].prompts[row].id, {i, row});
+    }
+}
+
 SidebarModel::Change SidebarModel::compare(const QList<Section> &before, const QList<Section> &after)
 {
     if (before.size() != after.size())
@@ -69,6 +129,8 @@ SidebarModel::Change SidebarModel::compare(const QList<Section> &before, const Q
         const QList<Prompt> &now = after[i].prompts;
         if (!(before[i].section == after[i].section) || was.size() != now.size())
             return Change::Rows;
+        if (was.isSharedWith(now))
+            continue;
         bool sameOrder = true;
         for (qsizetype j = 0; j < was.size() && sameOrder; ++j)
             sameOrder = was[j].id == now[j].id;
@@ -86,9 +148,25 @@ SidebarModel::Change SidebarModel::compare(const QList<Section> &before, const Q
     return change;
 }
 
+// The sections whose prompt lists are not the very lists they were.
+QList<int> SidebarModel::changedSections(const QList<Section> &before, const QList<Section> &after)
+{
+    QList<int> changed;
+    for (int i = 0; i < after.size(); ++i) {
+        if (i >= before.size() || !before[i].prompts.isSharedWith(after[i].prompts))
+            changed.append(i);
+    }
+    return changed;
+}
+
 void SidebarModel::refresh()
 {
-    QList<Section> sections = buildSections();
+    const LibraryChange &change = m_state->library()->lastChange();
+    // A save or a pin touches a prompt or two: only their sections are built
+    // again. Anything that moves sections or orders builds them all.
+    constexpr qsizetype fewPrompts = 64;
+    const bool few = !change.projectsChanged && !change.ordersChanged && change.promptIDs.size() <= fewPrompts;
+    QList<Section> sections = few ? rebuildSectionsOf(change.promptIDs) : buildSections();
     switch (compare(m_sections, sections)) {
     case Change::Contents:
         updateInPlace(std::move(sections));
@@ -98,7 +176,7 @@ void SidebarModel::refresh()
         break;
     case Change::Rows:
         beginResetModel();
-        m_sections = std::move(sections);
+        setSections(std::move(sections));
         endResetModel();
         break;
     }
@@ -115,7 +193,8 @@ void SidebarModel::reorder(QList<Section> sections)
         else
             keys.append({int(index.internalId() - 1), index.data(PromptIdRole).toString()});
     }
-    m_sections = std::move(sections);
+    const QList<int> changed = changedSections(m_sections, sections);
+    replaceSections(std::move(sections), changed);
     QModelIndexList after;
     for (const auto &[sectionRow, promptId] : std::as_const(keys)) {
         const QModelIndex header = index(sectionRow, 0);
@@ -128,11 +207,13 @@ void SidebarModel::reorder(QList<Section> sections)
 void SidebarModel::updateInPlace(QList<Section> sections)
 {
     // Same rows in the same places: tell views only about rows that changed.
-    std::swap(m_sections, sections);
-    for (int i = 0; i < m_sections.size(); ++i) {
+    const QList<int> changed = changedSections(m_sections, sections);
+    const QList<Section> previous = m_sections;
+    replaceSections(std::move(sections), changed);
+    for (const int i : changed) {
         const QModelIndex header = index(i, 0);
         const QList<Prompt> &now = m_sections[i].prompts;
-        const QList<Prompt> &before = sections[i].prompts;
+        const QList<Prompt> &before = previous[i].prompts;
         for (int row = 0; row < now.size(); ++row) {
             if (!(now[row] == before[row]))
                 Q_EMIT dataChanged(index(row, 0, header), index(row, 0, header));
@@ -271,14 +352,10 @@ QModelIndex SidebarModel::sectionIndex(const QString &sectionId) const
 
 QModelIndex SidebarModel::promptIndex(const QString &promptId) const
 {
-    for (int i = 0; i < m_sections.size(); ++i) {
-        const QList<Prompt> &prompts = m_sections[i].prompts;
-        for (int j = 0; j < prompts.size(); ++j) {
-            if (prompts[j].id == promptId)
-                return index(j, 0, index(i, 0));
-        }
-    }
-    return {};
+    const auto row = m_promptRows.constFind(promptId);
+    if (row == m_promptRows.constEnd())
+        return {};
+    return index(row->second, 0, index(row->first, 0));
 }
 
 QStringList SidebarModel::mimeTypes() const

@@ -5,6 +5,8 @@
 #include "SidebarSection.h"
 
 #include <QAbstractItemModel>
+#include <QHash>
+#include <QSet>
 
 class AppState;
 
@@ -78,10 +80,19 @@ private:
         QList<quint8> extraLines; // per prompt, for row heights without building texts
     };
     QList<Section> buildSections() const;
+    // The current sections with only those holding (or now to hold) the
+    // given prompts built again: what a save or a pin changes.
+    QList<Section> rebuildSectionsOf(const QSet<QString> &promptIds) const;
+    Section buildSection(const SidebarSection &section) const;
+    // m_sections replaced, and where each prompt's row is: all of them, or
+    // only the sections named as changed (the others are the same lists).
+    void setSections(QList<Section> sections);
+    void replaceSections(QList<Section> sections, const QList<int> &changed);
     // Contents: same rows in the same places; Order: same rows of each
     // section, moved; Rows: anything else (rows or sections come or go).
     enum class Change { Contents, Order, Rows };
     static Change compare(const QList<Section> &before, const QList<Section> &after);
+    static QList<int> changedSections(const QList<Section> &before, const QList<Section> &after);
     void updateInPlace(QList<Section> sections);
     void reorder(QList<Section> sections);
     QVariant promptData(const Section &section, const Prompt &prompt, int role) const;
@@ -91,4 +102,5 @@ private:
     AppState *m_state;
     Organizer m_organizer;
     QList<Section> m_sections;
+    QHash<QString, std::pair<int, int>> m_promptRows; // prompt id: section row, row
 };

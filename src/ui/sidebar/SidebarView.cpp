@@ -210,7 +210,7 @@ void SidebarView::updateSearchHeader()
     m_searchHeader->setVisible(searching);
     if (!searching)
         return;
-    const qsizetype results = m_state->searchResults().size();
+    const qsizetype results = m_state->searchResultIndices().size();
     const QString query = m_state->searchQuery();
     m_searchSummary->setText(results > 0
                                  ? QString(PromptText::counted(results, QStringLiteral("result")) + u" for “" + query + u"”")
