@@ -18,22 +18,6 @@ std::optional<QString> fileNameOfId(const QString &id)
     return pieces.last();
 }
 
-// An order file must never repeat an entry (a repeat stops the next reload).
-// Repeats can only come from the dropped items, which insertBefore keeps
-// together, so keeping the first of each changes no position.
-QStringList withoutRepeats(const QStringList &lines)
-{
-    QStringList unique;
-    QSet<QString> seen;
-    for (const QString &line : lines) {
-        if (!seen.contains(line)) {
-            seen.insert(line);
-            unique.append(line);
-        }
-    }
-    return unique;
-}
-
 std::optional<Prompt> withFileInProject(const PromptLibrary &library, const Prompt &prompt)
 {
     const QString fileName = prompt.fileName();
@@ -69,8 +53,11 @@ QStringList Organizer::insertBefore(const QStringList &items, const QStringList 
 void Organizer::writeRootOrderFile(QStringView fileName, const QStringList &lines)
 {
     PromptLibrary &library = *m_state->library();
-    PromptLibrary::writeOrderFile(library.orderFilePath(fileName), withoutRepeats(lines));
-    library.reload();
+    // The writer keeps the first of repeated entries; the refresh after it
+    // looks only at what changed (the order file), as after any own write.
+    const QString path = library.orderFilePath(fileName);
+    PromptLibrary::writeOrderFile(path, lines);
+    library.refresh({path});
 }
 
 void Organizer::handleDropOnSection(const QList<VeskDrag> &drags, const QString &sectionID)
@@ -187,7 +174,7 @@ void Organizer::reorderPrompts(const QStringList &droppedIDs, const Prompt &targ
                 base.append(prompt.fileName());
         }
     }
-    library.setPromptOrder(project->name, withoutRepeats(insertBefore(names, base, target.fileName())));
+    library.setPromptOrder(project->name, insertBefore(names, base, target.fileName()));
 }
 
 QStringList Organizer::movePrompts(const QStringList &ids, const QString &projectName)
