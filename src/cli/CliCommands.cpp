@@ -9,6 +9,7 @@
 #include "VeskConst.h"
 
 #include <QFile>
+#include <QJsonDocument>
 #include <QFileInfo>
 #include <QStringDecoder>
 
@@ -54,17 +55,39 @@ QString quoted(const QString &text)
     return u'\'' + text + u'\'';
 }
 
-QByteArray promptLines(const QList<Prompt> &prompts)
+// Prompts as lines or as a JSON array, written to `sink` in pieces as they
+// are made: the output of a large library is never whole in memory.
+template<typename Each>
+CliResult promptList(const CliArguments &args, const CliSink &sink, qsizetype count, Each prompt)
 {
+    constexpr qsizetype flushAt = 64 * 1024;
     QByteArray out;
-    for (const Prompt &prompt : prompts)
-        out += (prompt.id + u'\t' + prompt.displayTitle() + u'\n').toUtf8();
-    return out;
+    out.reserve(flushAt + 4096);
+    if (args.json)
+        out += '[';
+    for (qsizetype i = 0; i < count; ++i) {
+        const Prompt &p = prompt(i);
+        if (args.json) {
+            if (i > 0)
+                out += ',';
+            out += QJsonDocument(JsonOutput::promptObject(p)).toJson(QJsonDocument::Compact);
+        } else {
+            out += (p.id + u'\t' + p.displayTitle() + u'\n').toUtf8();
+        }
+        if (out.size() >= flushAt) {
+            sink(out);
+            out.clear();
+        }
+    }
+    if (args.json)
+        out += "]\n";
+    sink(out);
+    return success();
 }
 
-CliResult promptList(const CliArguments &args, const QList<Prompt> &prompts)
+CliResult promptList(const CliArguments &args, const CliSink &sink, const QList<Prompt> &prompts)
 {
-    return success(args.json ? JsonOutput::text(JsonOutput::promptArray(prompts)) : promptLines(prompts));
+    return promptList(args, sink, prompts.size(), [&](qsizetype i) -> const Prompt & { return prompts[i]; });
 }
 
 CliResult stringList(const CliArguments &args, const QStringList &strings)
@@ -99,7 +122,12 @@ std::optional<QString> readUtf8Input(const QString &file, QString *error)
 class Commands
 {
 public:
-    Commands(PromptLibrary &library, const CliArguments &args) : lib(library), args(args) {}
+    Commands(PromptLibrary &library, const CliArguments &args, const CliSink &sink)
+        : lib(library)
+        , args(args)
+        , sink(sink)
+    {
+    }
 
     CliResult run()
     {
@@ -168,16 +196,20 @@ private:
     CliResult list()
     {
         if (args.hasFlag(QStringLiteral("--pinned")))
-            return promptList(args, LibraryQueries::pinnedPrompts(lib));
+            return promptList(args, sink, LibraryQueries::pinnedPrompts(lib));
         if (const std::optional<QString> name = args.option(QStringLiteral("--project"))) {
             return withProject(*name, [&](const Project &project) {
-                return promptList(args, LibraryQueries::promptsInProject(lib, project.name));
+                return promptList(args, sink, LibraryQueries::promptsInProject(lib, project.name));
             });
         }
-        return promptList(args, lib.prompts());
+        return promptList(args, sink, lib.prompts());
     }
 
-    CliResult search() { return promptList(args, LibraryQueries::searchResults(lib.prompts(), arg(0))); }
+    CliResult search()
+    {
+        const QList<qsizetype> found = LibraryQueries::searchIndices(lib.prompts(), arg(0));
+        return promptList(args, sink, found.size(), [&](qsizetype i) -> const Prompt & { return lib.prompts()[found[i]]; });
+    }
 
     CliResult show()
     {
@@ -355,21 +387,22 @@ private:
 
     PromptLibrary &lib;
     const CliArguments &args;
+    const CliSink &sink;
 };
 
 } // namespace
 
-CliResult runCliCommand(PromptLibrary &library, const CliArguments &arguments)
+CliResult runCliCommand(PromptLibrary &library, const CliArguments &arguments, const CliSink &sink)
 {
     static const bool handlerInstalled = [] {
         previousMessageHandler = qInstallMessageHandler(countLibraryFailures);
         return true;
     }();
     Q_UNUSED(handlerInstalled);
-    return Commands(library, arguments).run();
+    return Commands(library, arguments, sink).run();
 }
 
-CliResult runCli(const QStringList &arguments)
+CliResult runCli(const QStringList &arguments, const CliSink &sink)
 {
     const CliParseResult parsed = parseCliArguments(arguments);
     if (!parsed.arguments)
@@ -391,5 +424,5 @@ CliResult runCli(const QStringList &arguments)
                            + (reason == EEXIST ? QStringLiteral("it is not a folder") : qt_error_string(reason)));
         library.reload();
     }
-    return runCliCommand(library, *parsed.arguments);
+    return runCliCommand(library, *parsed.arguments, sink);
 }

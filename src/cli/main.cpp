@@ -11,7 +11,9 @@ int main(int argc, char *argv[])
 
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
-    const CliResult result = runCli(arguments);
+    const CliResult result = runCli(arguments, [](QByteArrayView bytes) {
+        std::fwrite(bytes.data(), 1, size_t(bytes.size()), stdout);
+    });
     std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
     std::fflush(stdout);
     std::fwrite(result.err.constData(), 1, size_t(result.err.size()), stderr);

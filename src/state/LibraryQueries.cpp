@@ -67,39 +67,43 @@ bool containsLowercased(const QString &text, const QString &needle, const AsciiN
     return text.toLower().contains(needle);
 }
 
-// The plain rule for one prompt: title, then body, then each tag.
-bool matchesPlainly(const Prompt &prompt, const QString &needle, const AsciiNeedle *asciiNeedle)
+} // namespace
+
+struct QueryMatcher::Ascii : AsciiNeedle
 {
-    if (containsLowercased(prompt.displayTitle(), needle, asciiNeedle)
-        || containsLowercased(prompt.body, needle, asciiNeedle))
+    using AsciiNeedle::AsciiNeedle;
+};
+
+QueryMatcher::QueryMatcher(const QString &query) : m_needle(query.trimmed().toLower())
+{
+    // A non-ASCII needle cannot occur in lower-cased ASCII text.
+    if (!m_needle.isEmpty() && QtPrivate::isAscii(m_needle))
+        m_ascii = std::make_unique<Ascii>(m_needle);
+}
+
+QueryMatcher::~QueryMatcher() = default;
+
+bool QueryMatcher::matches(const Prompt &prompt) const
+{
+    // Title, then body, then each tag: the first that holds the query decides.
+    if (m_needle.isEmpty())
+        return false;
+    if (containsLowercased(prompt.displayTitle(), m_needle, m_ascii.get())
+        || containsLowercased(prompt.body, m_needle, m_ascii.get()))
         return true;
     for (const QString &tag : prompt.frontMatter.tags) {
-        if (containsLowercased(tag, needle, asciiNeedle))
+        if (containsLowercased(tag, m_needle, m_ascii.get()))
             return true;
     }
     return false;
 }
 
-std::optional<AsciiNeedle> asciiNeedleFor(const QString &needle)
-{
-    // A non-ASCII needle cannot occur in lower-cased ASCII text.
-    std::optional<AsciiNeedle> ascii;
-    if (QtPrivate::isAscii(needle))
-        ascii.emplace(needle);
-    return ascii;
-}
-
-} // namespace
-
 QList<Prompt> searchResults(const QList<Prompt> &prompts, const QString &query)
 {
-    const QString needle = query.trimmed().toLower();
+    const QueryMatcher matcher(query);
     QList<Prompt> results;
-    if (needle.isEmpty())
-        return results;
-    const std::optional<AsciiNeedle> ascii = asciiNeedleFor(needle);
     for (const Prompt &prompt : prompts) {
-        if (matchesPlainly(prompt, needle, ascii ? &*ascii : nullptr))
+        if (matcher.matches(prompt))
             results.append(prompt);
     }
     return results;
@@ -107,18 +111,17 @@ QList<Prompt> searchResults(const QList<Prompt> &prompts, const QString &query)
 
 QList<qsizetype> searchIndices(const QList<Prompt> &prompts, const QString &query, const QList<qsizetype> *within)
 {
-    const QString needle = query.trimmed().toLower();
-    if (needle.isEmpty())
+    const QueryMatcher matcher(query);
+    if (matcher.isEmpty())
         return {};
     // Lower-cased UTF-8 holds a lower-cased text's substrings exactly where
     // its UTF-16 does; a needle holding the fields' separator, or half of a
     // surrogate pair, is searched the plain way.
-    const QByteArray bytes = needle.toUtf8();
-    const bool prepared = needle.isValidUtf16() && !bytes.contains('\0');
-    const std::optional<AsciiNeedle> ascii = asciiNeedleFor(needle);
+    const QByteArray bytes = matcher.needle().toUtf8();
+    const bool prepared = matcher.needle().isValidUtf16() && !bytes.contains('\0');
     const auto matches = [&](const Prompt &prompt) {
         if (!prepared || prompt.searchText.isEmpty())
-            return matchesPlainly(prompt, needle, ascii ? &*ascii : nullptr);
+            return matcher.matches(prompt);
         return ::memmem(prompt.searchText.constData(), size_t(prompt.searchText.size()), bytes.constData(),
                         size_t(bytes.size())) != nullptr;
     };

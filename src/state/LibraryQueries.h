@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+#include <memory>
+
 class PromptLibrary;
 
 // The ordered views of a library that the app and the CLI share. Computed
@@ -15,6 +17,26 @@ namespace LibraryQueries {
 
 // True when the query holds anything but white space.
 bool isSearchQuery(const QString &query);
+
+// The search rule for one prompt: its display title, body or a tag contains
+// the trimmed query, ignoring case.
+class QueryMatcher
+{
+public:
+    explicit QueryMatcher(const QString &query);
+    ~QueryMatcher();
+    QueryMatcher(const QueryMatcher &) = delete;
+    QueryMatcher &operator=(const QueryMatcher &) = delete;
+
+    bool isEmpty() const { return m_needle.isEmpty(); }
+    const QString &needle() const { return m_needle; } // trimmed, lower-cased
+    bool matches(const Prompt &prompt) const;
+
+private:
+    QString m_needle;
+    struct Ascii;
+    std::unique_ptr<Ascii> m_ascii; // for ASCII needles: searched in place
+};
 
 // Prompts whose display title, body or a tag contains the trimmed query,
 // ignoring case; library order, no ranking. The plain rule, prompt by prompt.

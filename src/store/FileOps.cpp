@@ -3,12 +3,12 @@
 #include "platform/RenameNoReplace.h"
 
 #include <QDateTime>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
 
 #include <cerrno>
+#include <dirent.h>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -191,7 +191,8 @@ bool writeTextAtomically(const QString &path, const QString &text, QString *erro
     return writeFileAtomically(path, text.toUtf8(), error);
 }
 
-std::optional<QByteArray> readRegularFile(const QString &path, qint64 maxBytes, ReadFailure *failure)
+std::optional<QByteArray> readRegularFile(const QString &path, qint64 maxBytes, ReadFailure *failure,
+                                          qint64 *modifiedNs)
 {
     auto fail = [&](ReadFailure why) -> std::optional<QByteArray> {
         if (failure)
@@ -209,6 +210,10 @@ std::optional<QByteArray> readRegularFile(const QString &path, qint64 maxBytes, 
         return fail(ReadFailure::NotRegular);
     if (st.st_size > maxBytes)
         return fail(ReadFailure::TooLarge);
+    if (modifiedNs) {
+        const auto modified = modificationTime(st);
+        *modifiedNs = qint64(modified.tv_sec) * 1000000000 + modified.tv_nsec;
+    }
 
     // Sized from the stat; a file that grows meanwhile is read to its end.
     QByteArray bytes(qsizetype(st.st_size), Qt::Uninitialized);
@@ -370,17 +375,21 @@ int moveFileNoReplace(const QString &from, const QString &to, QString *error)
 
 void removeStaleTemporaryFiles(const QString &folder)
 {
+    // Names first: only the app's own pattern is looked at more closely, so
+    // a large folder costs one listing.
     const qint64 dayAgo = QDateTime::currentSecsSinceEpoch() - 24 * 60 * 60;
-    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System);
-    while (it.hasNext()) {
-        it.next();
-        if (!isTemporaryName(it.fileName()))
+    DIR *dir = ::opendir(encoded(folder).constData());
+    if (!dir)
+        return;
+    while (const dirent *entry = ::readdir(dir)) {
+        if (entry->d_name[0] != '.' || !isTemporaryName(QFile::decodeName(entry->d_name)))
             continue;
         struct stat st;
-        const QByteArray path = encoded(it.filePath());
-        if (::lstat(path.constData(), &st) == 0 && S_ISREG(st.st_mode) && st.st_mtime < dayAgo)
-            ::unlink(path.constData());
+        if (::fstatat(::dirfd(dir), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(st.st_mode)
+            && st.st_mtime < dayAgo)
+            ::unlinkat(::dirfd(dir), entry->d_name, 0);
     }
+    ::closedir(dir);
 }
 
 } // namespace FileOps

@@ -24,7 +24,9 @@ enum class ReadFailure { None, Unreadable, NotRegular, TooLarge };
 
 // Reads a regular file (or one a symbolic link points at) of at most
 // `maxBytes`. FIFOs, devices and folders are refused without blocking.
-std::optional<QByteArray> readRegularFile(const QString &path, qint64 maxBytes, ReadFailure *failure = nullptr);
+// `modifiedNs`, when given, receives the file's modification time.
+std::optional<QByteArray> readRegularFile(const QString &path, qint64 maxBytes, ReadFailure *failure = nullptr,
+                                          qint64 *modifiedNs = nullptr);
 
 // True when anything is at `path`, a dangling symbolic link included.
 bool entryExists(const QString &path);

@@ -158,33 +158,39 @@ void parallelFor(qsizetype count, qsizetype minimumPerThread, const std::functio
         helper.join();
 }
 
-QList<ReadResult> readPrompts(const QList<ReadRequest> &requests)
+std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest &request, bool searchText)
+{
+    std::optional<QString> text = decodeUtf8(bytes);
+    if (!text)
+        return std::nullopt;
+    FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
+    Prompt prompt;
+    prompt.id = request.projectName + u'/' + request.fileName;
+    prompt.projectName = request.projectName;
+    prompt.fileURL = QUrl::fromLocalFile(request.folder + u'/' + request.fileName);
+    prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
+    prompt.body = std::move(parsed.body);
+    prompt.modifiedAt = QDateTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000, Qt::UTC);
+    if (searchText)
+        prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
+    return prompt;
+}
+
+QList<ReadResult> readPrompts(const QList<ReadRequest> &requests, bool searchTexts)
 {
     QList<ReadResult> results(requests.size());
     parallelFor(requests.size(), 32, [&](qsizetype i) {
         const ReadRequest &request = requests[i];
-        const QString path = request.folder + u'/' + request.fileName;
         ReadResult &result = results[i];
         FileOps::ReadFailure failure = FileOps::ReadFailure::None;
-        const std::optional<QByteArray> bytes = FileOps::readRegularFile(path, maxPromptFileBytes, &failure);
+        const std::optional<QByteArray> bytes =
+            FileOps::readRegularFile(request.folder + u'/' + request.fileName, maxPromptFileBytes, &failure);
         result.size = request.stamp.size;
         if (!bytes) {
             result.tooLarge = failure == FileOps::ReadFailure::TooLarge;
             return;
         }
-        std::optional<QString> text = decodeUtf8(*bytes);
-        if (!text)
-            return;
-        FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
-        Prompt prompt;
-        prompt.id = request.projectName + u'/' + request.fileName;
-        prompt.projectName = request.projectName;
-        prompt.fileURL = QUrl::fromLocalFile(path);
-        prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
-        prompt.body = std::move(parsed.body);
-        prompt.modifiedAt = QDateTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000, Qt::UTC);
-        prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
-        result.prompt = std::move(prompt);
+        result.prompt = promptFromBytes(*bytes, request, searchTexts);
     });
     return results;
 }

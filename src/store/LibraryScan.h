@@ -72,7 +72,11 @@ inline constexpr qint64 maxPromptFileBytes = qint64(64) << 20;
 inline constexpr qint64 maxOrderFileBytes = qint64(16) << 20;
 
 // Reads and parses the files, several at a time; results in request order.
-QList<ReadResult> readPrompts(const QList<ReadRequest> &requests);
+// With `searchTexts`, each prompt's search text is made as well.
+QList<ReadResult> readPrompts(const QList<ReadRequest> &requests, bool searchTexts = true);
+
+// One prompt from a file's bytes; nullopt when they are not UTF-8.
+std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest &request, bool searchText);
 
 // Runs work(i) for every i below count on all cores (inline when few).
 void parallelFor(qsizetype count, qsizetype minimumPerThread, const std::function<void(qsizetype)> &work);

@@ -6,7 +6,6 @@
 #include "platform/FolderWatcher.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QSet>
 
@@ -25,37 +24,32 @@ constexpr qsizetype maxPlacedOneByOne = 256;
 
 } // namespace
 
-PromptLibrary::PromptLibrary(const QUrl &rootURL, QObject *parent)
+PromptLibrary::PromptLibrary(const QUrl &rootURL, QObject *parent, Use use)
     : QObject(parent)
     , m_rootURL(rootURL)
-    , m_watcher(FolderWatcher::create())
+    , m_searchTexts(use == Use::Live)
+    , m_watcher(use == Use::Live ? FolderWatcher::create() : nullptr)
 {
-    ensureRoot();
-    removeStaleTemporaryFiles();
+    prepareRoot(rootPath());
     reload();
 }
 
 PromptLibrary::~PromptLibrary() = default;
 
-void PromptLibrary::ensureRoot()
+void PromptLibrary::prepareRoot(const QString &root)
 {
-    QDir().mkpath(rootPath());
-    const QString inbox = joinPath(rootPath(), VeskConst::inboxProjectName);
+    QDir().mkpath(root);
+    const QString inbox = joinPath(root, VeskConst::inboxProjectName);
     const QFileInfo inboxInfo(inbox);
     if (!inboxInfo.exists() && !inboxInfo.isSymLink())
         QDir().mkpath(inbox);
-}
 
-void PromptLibrary::removeStaleTemporaryFiles()
-{
     // A save killed between its write and its rename leaves a hidden
     // temporary file; those older than a day cannot belong to a live save.
-    FileOps::removeStaleTemporaryFiles(rootPath());
-    QDirIterator folders(rootPath(), QDir::Dirs | QDir::NoDotAndDotDot);
-    while (folders.hasNext()) {
-        folders.next();
-        if (!folders.fileInfo().isSymLink())
-            FileOps::removeStaleTemporaryFiles(folders.filePath());
+    FileOps::removeStaleTemporaryFiles(root);
+    if (const std::optional<QStringList> projects = LibraryScan::listProjects(root)) {
+        for (const QString &name : *projects)
+            FileOps::removeStaleTemporaryFiles(joinPath(root, name));
     }
 }
 

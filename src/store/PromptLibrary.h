@@ -45,8 +45,16 @@ public:
     static constexpr QStringView pinnedOrderFileName = u".vesk-pinned-order";
     static constexpr QStringView promptOrderFileName = u".vesk-order";
 
+    // A process that reads the library once (the command line) needs neither
+    // the change notification nor the prompts' search texts.
+    enum class Use { Live, OneShot };
+
     // Creates the root and "Inbox" when missing, then loads everything.
-    explicit PromptLibrary(const QUrl &rootURL, QObject *parent = nullptr);
+    explicit PromptLibrary(const QUrl &rootURL, QObject *parent = nullptr, Use use = Use::Live);
+
+    // What opening a library does before loading it: creates the root and
+    // "Inbox" when missing, and clears temporary files a killed save left.
+    static void prepareRoot(const QString &rootPath);
     ~PromptLibrary() override;
 
     const QList<Project> &projects() const { return m_projects; }
@@ -105,8 +113,6 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void ensureRoot();
-    void removeStaleTemporaryFiles();
 
     // One file as last read.
     struct LoadedFile
@@ -168,6 +174,7 @@ private:
     std::optional<LibraryScan::FileStamp> m_rootOrderStamps[3];
     QStringList m_rootOrders[3];
     bool m_loadedOnce = false;
+    bool m_searchTexts = true;
     std::unique_ptr<FolderWatcher> m_watcher;
     bool m_watchingAll = false;
     LibraryChange m_lastChange;

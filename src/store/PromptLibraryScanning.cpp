@@ -200,7 +200,7 @@ void PromptLibrary::listAndRead(const QList<qsizetype> &folders, QList<LibrarySc
 void PromptLibrary::applyReads(const QList<LibraryScan::ReadRequest> &requests,
                                const QList<qsizetype> &requestFolders, Delta *delta)
 {
-    const QList<LibraryScan::ReadResult> results = LibraryScan::readPrompts(requests);
+    const QList<LibraryScan::ReadResult> results = LibraryScan::readPrompts(requests, m_searchTexts);
     for (qsizetype i = 0; i < requests.size(); ++i) {
         Folder &folder = m_folders[requestFolders[i]];
         delta->touchedFolders.insert(requestFolders[i]);
