@@ -2,6 +2,7 @@
 
 #include "FileOps.h"
 #include "FrontMatter.h"
+#include "UtcTime.h"
 #include "VeskConst.h"
 
 #include <QFile>
@@ -182,7 +183,7 @@ QList<ReadResult> readPrompts(const QList<ReadRequest> &requests)
         prompt.fileURL = QUrl::fromLocalFile(path);
         prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
         prompt.body = std::move(parsed.body);
-        prompt.modifiedAt = QDateTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000, Qt::UTC);
+        prompt.modifiedAt = UtcTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000);
         prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
         result.prompt = std::move(prompt);
     });
