@@ -5,6 +5,7 @@
 #include "AppState.h"
 #include "DemoLibrary.h"
 #include "PromptLibrary.h"
+#include "platform/Accessibility.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/shell/HelpWindowController.h"
 #include "ui/shell/MainWindow.h"
@@ -200,10 +201,11 @@ int main(int argc, char *argv[])
     QTemporaryDir settingsDir;
     QSettings::setDefaultFormat(QSettings::IniFormat);
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
+    SystemAccessibility accessibility; // nothing here switches auto-paste on
 
     {
         QTemporaryDir empty;
-        VeskApplication vesk(empty.path() + u"/prompts");
+        VeskApplication vesk(empty.path() + u"/prompts", &accessibility);
         vesk.mainWindow()->resize(1000, 720);
         vesk.mainWindow()->show();
         save(vesk.mainWindow(), "welcome");
@@ -214,7 +216,7 @@ int main(int argc, char *argv[])
     QTemporaryDir dir;
     const QString root = dir.path() + u"/prompts";
     writeDemoLibrary(root);
-    VeskApplication vesk(root);
+    VeskApplication vesk(root, &accessibility);
     MainWindow *window = vesk.mainWindow();
     window->resize(1000, 720);
     window->show();

@@ -1,5 +1,7 @@
 #include "AppIdentity.h"
 #include "VeskConst.h"
+#include "platform/Accessibility.h"
+#include "platform/WindowTabbing.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/VeskApplication.h"
 #include "ui/theme/Icons.h"
@@ -16,8 +18,10 @@ int main(int argc, char *argv[])
     QGuiApplication::setApplicationDisplayName(AppIdentity::applicationName.toString());
     QGuiApplication::setDesktopFileName(AppIdentity::appId.toString());
     QApplication::setWindowIcon(Icons::appIcon());
+    WindowTabbing::turnOffAutomaticTabbing();
 
-    VeskApplication vesk(VeskConst::defaultPromptsFolder().toLocalFile());
+    SystemAccessibility accessibility;
+    VeskApplication vesk(VeskConst::defaultPromptsFolder().toLocalFile(), &accessibility);
     vesk.mainWindow()->show();
     return app.exec();
 }

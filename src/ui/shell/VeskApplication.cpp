@@ -12,10 +12,11 @@
 #include <QGuiApplication>
 #include <QUrl>
 
-VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
+VeskApplication::VeskApplication(const QString &rootPath, AccessibilityPermission *accessibility, QObject *parent)
     : QObject(parent)
     , m_library(std::make_unique<PromptLibrary>(QUrl::fromLocalFile(rootPath)))
     , m_state(std::make_unique<AppState>(m_library.get()))
+    , m_accessibility(accessibility)
     , m_preferences(new Preferences(this))
 {
     updateAppAppearance();
@@ -52,7 +53,7 @@ VeskApplication::~VeskApplication()
 SettingsWindow *VeskApplication::settingsWindow()
 {
     if (!m_settings) {
-        m_settings = new SettingsWindow(m_preferences);
+        m_settings = new SettingsWindow(m_preferences, m_accessibility);
         m_settings->setAttribute(Qt::WA_QuitOnClose, false); // closing the main window quits
     }
     return m_settings;
