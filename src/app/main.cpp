@@ -1,4 +1,3 @@
-#include "AppIdentity.h"
 #include "VeskConst.h"
 #include "platform/Accessibility.h"
 #include "platform/WindowTabbing.h"
@@ -11,12 +10,7 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    // One reverse-DNS identity: settings domain, bundle, desktop file.
-    QCoreApplication::setOrganizationName(AppIdentity::applicationName.toString());
-    QCoreApplication::setOrganizationDomain(AppIdentity::organizationDomain.toString());
-    QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
-    QGuiApplication::setApplicationDisplayName(AppIdentity::applicationName.toString());
-    QGuiApplication::setDesktopFileName(AppIdentity::appId.toString());
+    VeskApplication::applyIdentity();
     QApplication::setWindowIcon(Icons::appIcon());
     WindowTabbing::turnOffAutomaticTabbing();
 

@@ -1,6 +1,7 @@
 #include "VeskApplication.h"
 
 #include "AlertDialog.h"
+#include "AppIdentity.h"
 #include "AppState.h"
 #include "MainWindow.h"
 #include "NewProjectDialog.h"
@@ -41,6 +42,15 @@ VeskApplication::VeskApplication(const QString &rootPath, AccessibilityPermissio
         reloadFromDisk();
         updateAppAppearance(); // "opposite" and "system" follow the desktop's current scheme
     });
+}
+
+void VeskApplication::applyIdentity()
+{
+    QCoreApplication::setOrganizationName(AppIdentity::applicationName.toString());
+    QCoreApplication::setOrganizationDomain(AppIdentity::organizationDomain.toString());
+    QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
+    QGuiApplication::setApplicationDisplayName(AppIdentity::applicationName.toString());
+    QGuiApplication::setDesktopFileName(AppIdentity::appId.toString());
 }
 
 VeskApplication::~VeskApplication()

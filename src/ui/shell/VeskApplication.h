@@ -22,6 +22,11 @@ class VeskApplication : public QObject
     Q_OBJECT
 
 public:
+    // Names the application after its one identifier, before anything reads
+    // the settings: on macOS they then live in the bundle identifier's user
+    // defaults, and the identifier is the desktop file's name and Wayland app id.
+    static void applyIdentity();
+
     // `accessibility` is the system's in the app and a fake in tests.
     VeskApplication(const QString &rootPath, AccessibilityPermission *accessibility, QObject *parent = nullptr);
     ~VeskApplication() override;
