@@ -16,7 +16,7 @@ fail() {
 # and those after a "|" ("pin ID | unpin ID").
 commands=$("$cli" --help | awk '/^  [a-z]/ { print $1; for (i = 2; i < NF; i++) if ($i == "|" && $(i + 1) ~ /^[a-z]/) print $(i + 1) }' | sort -u)
 [[ $(wc -w <<<"$commands") -ge 17 ]] || fail "found only these commands in --help: $commands"
-# shellcheck disable=SC1090,SC2086
+# shellcheck disable=SC1090,SC2086,SC2154
 bash_commands=$(source "$bash_completion" && printf '%s\n' $_vesk_cli_commands | sort -u)
 [[ $bash_commands == "$commands" ]] || fail "the bash completion's commands [${bash_commands//$'\n'/ }] are not --help's [${commands//$'\n'/ }]"
 for command in $commands; do
@@ -50,6 +50,7 @@ complete_line() {
     (
         # shellcheck disable=SC1090
         source "$bash_completion"
+        # shellcheck disable=SC2317
         compopt() { :; } # only valid while bash itself completes
         COMP_WORDS=("$cli" "$@")
         COMP_CWORD=$((${#COMP_WORDS[@]} - 1))

@@ -2,7 +2,7 @@
 // theme on Linux and the app icon set on macOS. Runs at build time, headless.
 //   render_icon ICON.svg SIZE OUT.png [SIZE OUT.png]...
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
@@ -11,9 +11,9 @@
 
 int main(int argc, char *argv[])
 {
-    // No display at build time: the offscreen platform is enough for QPainter.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
+    // Painting an SVG into a QImage needs no display and no GUI application,
+    // so this runs on build machines without either.
+    QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
     if (args.size() < 4 || args.size() % 2 != 0) {
         std::fprintf(stderr, "usage: render_icon ICON.svg SIZE OUT.png [SIZE OUT.png]...\n");

@@ -56,6 +56,15 @@ _vesk_cli_offer()
     done < <("$@")
 }
 
+# Offers what compgen finds, one offer a line (file names may hold spaces).
+_vesk_cli_compgen()
+{
+    local line
+    while IFS= read -r line; do
+        COMPREPLY+=("$line")
+    done < <(compgen "$@")
+}
+
 _vesk_cli_offer_ids() { _vesk_cli_offer "$1" _vesk_cli_first_column list; }
 _vesk_cli_offer_projects() { _vesk_cli_offer "$1" _vesk_cli_first_column projects; }
 _vesk_cli_offer_sections() { _vesk_cli_offer "$1" _vesk_cli_run sections; }
@@ -99,11 +108,11 @@ _vesk_cli()
 
     case $prev in
     --root)
-        COMPREPLY=($(compgen -d -- "$cur"))
+        _vesk_cli_compgen -d -- "$cur"
         return
         ;;
     --body-file)
-        COMPREPLY=($(compgen -f -- "$cur"))
+        _vesk_cli_compgen -f -- "$cur"
         [[ -z $cur || - == "$cur"* ]] && COMPREPLY+=(-)
         return
         ;;
@@ -139,9 +148,9 @@ _vesk_cli()
 
     if [[ -z $command ]]; then
         if [[ $cur == -* ]]; then
-            COMPREPLY=($(compgen -W "--root --json --help -h" -- "$cur"))
+            _vesk_cli_compgen -W "--root --json --help -h" -- "$cur"
         else
-            COMPREPLY=($(compgen -W "$_vesk_cli_commands" -- "$cur"))
+            _vesk_cli_compgen -W "$_vesk_cli_commands" -- "$cur"
         fi
         return
     fi
@@ -156,7 +165,7 @@ _vesk_cli()
     place-section) options="--before" ;;
     esac
     if [[ $cur == -* ]]; then
-        COMPREPLY=($(compgen -W "$options" -- "$cur"))
+        _vesk_cli_compgen -W "$options" -- "$cur"
         return
     fi
 
