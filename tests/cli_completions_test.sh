@@ -48,6 +48,7 @@ inbox_id=$("$cli" --root "$library" new --title Note --body plain)
 # the offers, one a line, sorted.
 complete_line() {
     (
+        set +u # as in an interactive shell, where completion runs
         # shellcheck disable=SC1090
         source "$bash_completion"
         # shellcheck disable=SC2317

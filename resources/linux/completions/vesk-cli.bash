@@ -77,7 +77,8 @@ _vesk_cli()
 
     # The command, and the words after it that are not options or their values.
     local i word command="" skip=0
-    local -a positional=()
+    local -a positional
+    positional=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
         if ((skip)); then
