@@ -2,6 +2,7 @@
 
 #include "FrontMatter.h"
 #include "PromptLibrary.h"
+#include "UtcTime.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -91,7 +92,7 @@ bool generateLibrary(const QString &root, const LibraryParameters &params, QStri
         }
     }
 
-    const QDateTime newest = QDateTime(QDate(2026, 11, 1), QTime(9, 0), Qt::UTC);
+    const QDateTime newest = UtcTime::at(QDate(2026, 11, 1), QTime(9, 0));
     QHash<QString, QStringList> fileNamesByProject;
     QStringList pinnedIds;
     for (int i = 0; i < params.promptCount; ++i) {

@@ -5,7 +5,8 @@ cd "$(dirname "$0")/.."
 
 args=(-S . -B build -G Ninja -DCMAKE_BUILD_TYPE="${VESK_BUILD_TYPE:-RelWithDebInfo}")
 if [[ "$(uname -s)" == "Darwin" ]]; then
-    args+=(-DCMAKE_PREFIX_PATH="$(brew --prefix qt)")
+    # Homebrew installs each Qt module as its own formula under one prefix.
+    args+=(-DCMAKE_PREFIX_PATH="$(brew --prefix)")
 fi
 if [[ -n "${CI:-}" ]]; then
     args+=(-DVESK_WERROR=ON)

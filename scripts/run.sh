@@ -1,17 +1,15 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and starts Vesk on your prompt library.
+# Arguments are passed on to Vesk.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 scripts/build.sh
 
-app=""
-for candidate in build/src/app/Vesk.app/Contents/MacOS/Vesk build/src/app/vesk; do
-    if [[ -x "$candidate" ]]; then app="$candidate"; break; fi
-done
-if [[ -z "$app" ]]; then
-    echo "==> Built vesk-cli, the tests and the benchmarks; the desktop window is not part of this build yet." >&2
-    echo "==> Try: build/src/cli/vesk-cli --help" >&2
-    exit 0
+if [[ "$(uname -s)" == "Darwin" ]]; then
+    # Opened as the Finder opens it, so that macOS gives the permissions it asks
+    # for (accessibility) and the drag types it declares to Vesk, not to the
+    # terminal; waits until Vesk quits.
+    exec open -W -n build/src/app/Vesk.app --args "$@"
 fi
-exec "$app" "$@"
+exec build/src/app/vesk "$@"

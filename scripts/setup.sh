@@ -14,9 +14,15 @@ if [[ "$(uname -s)" == "Darwin" ]]; then
         say "Homebrew is required on macOS: https://brew.sh"
         exit 1
     fi
+    # Only the Qt modules Vesk uses (qtbase has Core, Gui, Widgets, Test and
+    # macdeployqt), not the whole of Qt; cmake and ninja unless some are on
+    # the PATH already, from Homebrew or elsewhere.
     missing=()
-    for f in qt cmake ninja; do
+    for f in qtbase qtsvg; do
         brew list --formula "$f" >/dev/null 2>&1 || missing+=("$f")
+    done
+    for tool in cmake ninja; do
+        command -v "$tool" >/dev/null 2>&1 || missing+=("$tool")
     done
     if ((${#missing[@]})); then
         say "Installing ${missing[*]} with Homebrew"
@@ -31,6 +37,9 @@ packages=(
     libgl-dev libxkbcommon-dev
     fonts-dejavu-core
     xvfb xauth
+    # The install's checks: desktop entry, AppStream metainfo, man page,
+    # Info.plist and the zsh completion.
+    desktop-file-utils appstream groff-base libxml2-utils zsh
 )
 if $fuzz; then
     packages+=(clang libclang-rt-14-dev)

@@ -2,6 +2,8 @@
 
 // Helpers for tests that work on real files in a temporary folder.
 
+#include "UtcTime.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -33,7 +35,7 @@ inline QByteArray read(const QString &path)
 // A fixed point in time plus `seconds`, so that modification order is explicit.
 inline QDateTime at(int seconds)
 {
-    return QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC).addSecs(seconds);
+    return UtcTime::at(QDate(2026, 1, 1), QTime(12, 0)).addSecs(seconds);
 }
 
 // The ids of prompts, in their order.

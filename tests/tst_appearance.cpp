@@ -1,4 +1,5 @@
 #include "AppState.h"
+#include "FakeAccessibility.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/Preferences.h"
 #include "ui/shell/VeskApplication.h"
@@ -56,7 +57,8 @@ void TestAppearance::followsTheDesktopLive()
     // The portal is there (it owns its name) before the app starts.
     QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"))
         .registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
-    VeskApplication app(m_dir.path() + u"/prompts");
+    FakeAccessibility accessibility;
+    VeskApplication app(m_dir.path() + u"/prompts", &accessibility);
     const auto dark = [] { return QApplication::palette().color(QPalette::Window).lightnessF() < 0.5; };
     QVERIFY(!dark());
 

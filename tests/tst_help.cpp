@@ -1,3 +1,4 @@
+#include "FakeAccessibility.h"
 #include "TestFiles.h"
 #include "ui/shell/HelpBook.h"
 #include "ui/shell/HelpBrowser.h"
@@ -533,7 +534,8 @@ void TestHelp::helpMenuOpensTheIndex()
     qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("data"))));
     write(path(u"data/vesk/" + book + u"index.html"), page("installed index"));
     QTemporaryDir library;
-    VeskApplication vesk(library.path() + u"/prompts");
+    FakeAccessibility accessibility;
+    VeskApplication vesk(library.path() + u"/prompts", &accessibility);
     MainWindow *window = vesk.mainWindow();
     QAction *help = window->helpAction();
     QCOMPARE(help->text(), QStringLiteral("Vesk Help"));
@@ -562,7 +564,8 @@ void TestHelp::helpMenuOpensTheIndex()
 void TestHelp::closingTheMainWindowQuitsWithHelpOpen()
 {
     QTemporaryDir library;
-    VeskApplication vesk(library.path() + u"/prompts");
+    FakeAccessibility accessibility;
+    VeskApplication vesk(library.path() + u"/prompts", &accessibility);
     vesk.mainWindow()->show();
     HelpWindowController &help = HelpWindowController::shared();
     help.show(QStringLiteral("index.html"));

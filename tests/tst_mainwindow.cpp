@@ -1,4 +1,5 @@
 #include "AppState.h"
+#include "FakeAccessibility.h"
 #include "ProjectNamePrompter.h"
 #include "PromptLibrary.h"
 #include "TestFiles.h"
@@ -63,11 +64,13 @@ private Q_SLOTS:
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
     void iconsFollowAnAppearanceSwitch();
+    void autoPasteAsksForThePermissionOnlyWhenUntrusted();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
     std::unique_ptr<QTemporaryDir> m_dir;
     QTemporaryDir m_settingsDir;
+    FakeAccessibility m_accessibility;
     std::unique_ptr<VeskApplication> m_app;
 };
 
@@ -86,7 +89,8 @@ void TestMainWindow::init()
     write(path("prompts/Inbox/a.md"), "---\ntitle: Alpha\n---\n\napple pie", at(3));
     write(path("prompts/Inbox/b.md"), "---\ntitle: Beta\npinned: true\n---\n\nbanana", at(2));
     write(path("prompts/Work/blank.md"), "---\ntitle: \n---\n\n", at(1));
-    m_app = std::make_unique<VeskApplication>(path("prompts"));
+    m_accessibility = FakeAccessibility();
+    m_app = std::make_unique<VeskApplication>(path("prompts"), &m_accessibility);
     m_app->mainWindow()->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_app->mainWindow()));
 }
@@ -470,6 +474,7 @@ void TestMainWindow::settingsStoreUnderTheirKeys()
     QCOMPARE(QSettings().value(QStringLiteral("handoffApp")).toString(), u"chatgpt");
     settings->autoPasteSwitch()->click();
     QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), true);
+    QCOMPARE(m_accessibility.requests, 1); // untrusted: the permission was asked for
 
     // An unknown stored target reads as Claude.
     QSettings().setValue(QStringLiteral("handoffApp"), QStringLiteral("other"));
@@ -523,6 +528,40 @@ void TestMainWindow::iconsFollowAnAppearanceSwitch()
                      qPrintable(seen.name() + u" for " + expected.name() + u" in " + QLatin1StringView(appearance)));
         }
     }
+}
+
+void TestMainWindow::autoPasteAsksForThePermissionOnlyWhenUntrusted()
+{
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    QCheckBox *autoPaste = settings->autoPasteSwitch();
+
+    // Already trusted: switching on asks for nothing.
+    m_accessibility.trusted = true;
+    autoPaste->click();
+    QVERIFY(autoPaste->isChecked());
+    QCOMPARE(m_accessibility.requests, 0);
+    autoPaste->click();
+    QCOMPARE(m_accessibility.requests, 0);
+
+    // Not trusted: each switch to on asks again, switching off never does, and
+    // the switch stays on whatever the answer.
+    m_accessibility.trusted = false;
+    autoPaste->click();
+    QCOMPARE(m_accessibility.requests, 1);
+    QVERIFY(autoPaste->isChecked());
+    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), true);
+    autoPaste->click();
+    QCOMPARE(m_accessibility.requests, 1);
+    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), false);
+    autoPaste->click();
+    QCOMPARE(m_accessibility.requests, 2);
+
+    // Showing the window again with auto-paste stored on asks for nothing.
+    settings->hide();
+    settings->show();
+    QVERIFY(autoPaste->isChecked());
+    QCOMPARE(m_accessibility.requests, 2);
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -5,6 +5,7 @@
 #include "AppState.h"
 #include "DemoLibrary.h"
 #include "PromptLibrary.h"
+#include "platform/Accessibility.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/shell/HelpWindowController.h"
 #include "ui/shell/MainWindow.h"
@@ -138,7 +139,7 @@ void saveContextMenu(MainWindow *window, const QModelIndex &index, const QString
 
 // The window at its opening and its minimum size, light and dark: the
 // states whose layout depends most on the room they get.
-void saveAtEverySize(const QString &root)
+void saveAtEverySize(const QString &root, AccessibilityPermission *accessibility)
 {
     // A prompt with more variables than the strip under the editor can list.
     QFile many(root + u"/Inbox/many-variables.md");
@@ -153,13 +154,13 @@ void saveAtEverySize(const QString &root)
                 + QByteArray::number(size.height()) + "-" + appearance;
             {
                 QTemporaryDir empty;
-                VeskApplication vesk(empty.path() + u"/prompts");
+                VeskApplication vesk(empty.path() + u"/prompts", accessibility);
                 vesk.preferences()->setAppearance(QString::fromLatin1(appearance));
                 vesk.mainWindow()->resize(size);
                 vesk.mainWindow()->show();
                 save(vesk.mainWindow(), QByteArray("welcome" + suffix).constData());
             }
-            VeskApplication vesk(root);
+            VeskApplication vesk(root, accessibility);
             vesk.preferences()->setAppearance(QString::fromLatin1(appearance));
             MainWindow *window = vesk.mainWindow();
             window->resize(size);
@@ -176,7 +177,7 @@ void saveAtEverySize(const QString &root)
     }
 
     // Settings open while the appearance switches, both ways.
-    VeskApplication vesk(root);
+    VeskApplication vesk(root, accessibility);
     SettingsWindow *settings = vesk.settingsWindow();
     vesk.preferences()->setAppearance(QStringLiteral("light"));
     settings->show();
@@ -200,10 +201,11 @@ int main(int argc, char *argv[])
     QTemporaryDir settingsDir;
     QSettings::setDefaultFormat(QSettings::IniFormat);
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
+    SystemAccessibility accessibility; // nothing here switches auto-paste on
 
     {
         QTemporaryDir empty;
-        VeskApplication vesk(empty.path() + u"/prompts");
+        VeskApplication vesk(empty.path() + u"/prompts", &accessibility);
         vesk.mainWindow()->resize(1000, 720);
         vesk.mainWindow()->show();
         save(vesk.mainWindow(), "welcome");
@@ -214,7 +216,7 @@ int main(int argc, char *argv[])
     QTemporaryDir dir;
     const QString root = dir.path() + u"/prompts";
     writeDemoLibrary(root);
-    VeskApplication vesk(root);
+    VeskApplication vesk(root, &accessibility);
     MainWindow *window = vesk.mainWindow();
     window->resize(1000, 720);
     window->show();
@@ -277,6 +279,6 @@ int main(int argc, char *argv[])
     vesk.preferences()->setAppearance(QStringLiteral("system"));
     settings->hide();
 
-    saveAtEverySize(root);
+    saveAtEverySize(root, &accessibility);
     return 0;
 }

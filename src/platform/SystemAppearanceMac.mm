@@ -15,17 +15,23 @@ bool systemIsDark()
 void apply(Scheme scheme)
 {
     // Qt follows NSApp.appearance, so palettes and widgets switch with it.
+    NSString *wanted = nil; // nil follows the system
     switch (scheme) {
     case Scheme::System:
-        NSApp.appearance = nil;
         break;
     case Scheme::Light:
-        NSApp.appearance = [NSAppearance appearanceNamed:NSAppearanceNameAqua];
+        wanted = NSAppearanceNameAqua;
         break;
     case Scheme::Dark:
-        NSApp.appearance = [NSAppearance appearanceNamed:NSAppearanceNameDarkAqua];
+        wanted = NSAppearanceNameDarkAqua;
         break;
     }
+    // This runs on every activation; setting the appearance, even to the one
+    // in place, is a theme change for every window, so only a change is set.
+    NSAppearance *current = NSApp.appearance;
+    if (wanted == nil ? current == nil : [current.name isEqualToString:wanted])
+        return;
+    NSApp.appearance = wanted == nil ? nil : [NSAppearance appearanceNamed:wanted];
 }
 
 void watch(QObject *context, std::function<void()> onChange)

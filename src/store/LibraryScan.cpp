@@ -2,6 +2,7 @@
 
 #include "FileOps.h"
 #include "FrontMatter.h"
+#include "UtcTime.h"
 #include "VeskConst.h"
 
 #include <QFile>
@@ -170,7 +171,7 @@ std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest
     prompt.fileURL = QUrl::fromLocalFile(request.folder + u'/' + request.fileName);
     prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
     prompt.body = std::move(parsed.body);
-    prompt.modifiedAt = QDateTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000, Qt::UTC);
+    prompt.modifiedAt = UtcTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000);
     if (searchText)
         prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
     return prompt;

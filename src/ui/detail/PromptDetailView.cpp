@@ -11,6 +11,7 @@
 #include "Variables.h"
 #include "ui/theme/ElidedLabel.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/ShortcutText.h"
 #include "ui/theme/Theme.h"
 
 #include <QEvent>
@@ -31,7 +32,7 @@ namespace {
 
 QString nativeShortcut(const QKeySequence &sequence)
 {
-    return sequence.toString(QKeySequence::NativeText);
+    return ShortcutText::forDisplay(sequence);
 }
 
 const QKeySequence rawSequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);

@@ -10,6 +10,7 @@
 #include "ui/detail/PromptDetailView.h"
 #include "ui/sidebar/SidebarView.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/ShortcutText.h"
 #include "ui/theme/Theme.h"
 
 #include <QAction>
@@ -35,7 +36,7 @@ const QString geometryKey = QStringLiteral("mainWindowGeometry");
 
 QString native(const QKeySequence &sequence)
 {
-    return sequence.toString(QKeySequence::NativeText);
+    return ShortcutText::forDisplay(sequence);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "Preferences.h"
 #include "platform/Accessibility.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/ShortcutText.h"
 #include "ui/theme/Theme.h"
 
 #include <QButtonGroup>
@@ -46,9 +47,10 @@ QLabel *note(const QString &text, QWidget *parent)
 
 } // namespace
 
-SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
+SettingsWindow::SettingsWindow(Preferences *preferences, AccessibilityPermission *accessibility, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , m_preferences(preferences)
+    , m_accessibility(accessibility)
     , m_appearance(new QComboBox(this))
     , m_handoff(new QButtonGroup(this))
     , m_autoPaste(new QCheckBox(QStringLiteral("Paste into the app automatically"), this))
@@ -85,8 +87,8 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
     layout->addWidget(sectionHeader(QStringLiteral("arrow.up.right.square"), QStringLiteral("Hand-off App"), this));
     layout->addWidget(handoffBox);
 
-    const QString handoffKey = QKeySequence(Qt::CTRL | Qt::Key_Return).toString(QKeySequence::NativeText);
-    const QString pasteKey = QKeySequence(QKeySequence::Paste).toString(QKeySequence::NativeText);
+    const QString handoffKey = ShortcutText::forDisplay(QKeySequence(Qt::CTRL | Qt::Key_Return));
+    const QString pasteKey = ShortcutText::forDisplay(QKeySequence(QKeySequence::Paste));
     layout->addWidget(note(u"The " + handoffKey + u" button copies the filled prompt and brings the chosen app to the "
                            u"foreground. If the desktop app isn't installed, Vesk falls back to opening the web client.",
                            this));
@@ -103,8 +105,8 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
             [this](QAbstractButton *button) { m_preferences->setHandoffApp(button->property("stored").toString()); });
     connect(m_autoPaste, &QCheckBox::toggled, this, [this](bool on) {
         m_preferences->setAutoPaste(on);
-        if (on)
-            Accessibility::requestTrustIfNeeded();
+        if (on && !m_accessibility->isTrusted())
+            m_accessibility->requestTrust();
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+class AccessibilityPermission;
 class Preferences;
 class QButtonGroup;
 class QCheckBox;
@@ -14,7 +15,8 @@ class SettingsWindow : public QWidget
     Q_OBJECT
 
 public:
-    explicit SettingsWindow(Preferences *preferences, QWidget *parent = nullptr);
+    // Switching auto-paste on asks `accessibility` for the permission it needs.
+    SettingsWindow(Preferences *preferences, AccessibilityPermission *accessibility, QWidget *parent = nullptr);
 
     QComboBox *appearancePicker() const { return m_appearance; }
     QButtonGroup *handoffPicker() const { return m_handoff; }
@@ -30,6 +32,7 @@ private:
     void updateIcons();
 
     Preferences *m_preferences;
+    AccessibilityPermission *m_accessibility;
     QComboBox *m_appearance;
     QButtonGroup *m_handoff;
     QCheckBox *m_autoPaste;

@@ -1,6 +1,7 @@
 #include "VeskApplication.h"
 
 #include "AlertDialog.h"
+#include "AppIdentity.h"
 #include "AppState.h"
 #include "MainWindow.h"
 #include "NewProjectDialog.h"
@@ -12,10 +13,11 @@
 #include <QGuiApplication>
 #include <QUrl>
 
-VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
+VeskApplication::VeskApplication(const QString &rootPath, AccessibilityPermission *accessibility, QObject *parent)
     : QObject(parent)
     , m_library(std::make_unique<PromptLibrary>(QUrl::fromLocalFile(rootPath)))
     , m_state(std::make_unique<AppState>(m_library.get()))
+    , m_accessibility(accessibility)
     , m_preferences(new Preferences(this))
 {
     updateAppAppearance();
@@ -42,6 +44,15 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
     });
 }
 
+void VeskApplication::applyIdentity()
+{
+    QCoreApplication::setOrganizationName(AppIdentity::applicationName.toString());
+    QCoreApplication::setOrganizationDomain(AppIdentity::organizationDomain.toString());
+    QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
+    QGuiApplication::setApplicationDisplayName(AppIdentity::applicationName.toString());
+    QGuiApplication::setDesktopFileName(AppIdentity::appId.toString());
+}
+
 VeskApplication::~VeskApplication()
 {
     m_state->setProjectNamePrompter(nullptr);
@@ -52,7 +63,7 @@ VeskApplication::~VeskApplication()
 SettingsWindow *VeskApplication::settingsWindow()
 {
     if (!m_settings) {
-        m_settings = new SettingsWindow(m_preferences);
+        m_settings = new SettingsWindow(m_preferences, m_accessibility);
         m_settings->setAttribute(Qt::WA_QuitOnClose, false); // closing the main window quits
     }
     return m_settings;

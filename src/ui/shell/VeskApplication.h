@@ -5,6 +5,7 @@
 
 #include <memory>
 
+class AccessibilityPermission;
 class AppState;
 class DialogAlerts;
 class DialogProjectNamePrompter;
@@ -21,7 +22,13 @@ class VeskApplication : public QObject
     Q_OBJECT
 
 public:
-    explicit VeskApplication(const QString &rootPath, QObject *parent = nullptr);
+    // Names the application after its one identifier, before anything reads
+    // the settings: on macOS they then live in the bundle identifier's user
+    // defaults, and the identifier is the desktop file's name and Wayland app id.
+    static void applyIdentity();
+
+    // `accessibility` is the system's in the app and a fake in tests.
+    VeskApplication(const QString &rootPath, AccessibilityPermission *accessibility, QObject *parent = nullptr);
     ~VeskApplication() override;
 
     PromptLibrary *library() const { return m_library.get(); }
@@ -38,6 +45,7 @@ public:
 private:
     std::unique_ptr<PromptLibrary> m_library;
     std::unique_ptr<AppState> m_state;
+    AccessibilityPermission *m_accessibility;
     Preferences *m_preferences;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<DialogProjectNamePrompter> m_prompter;

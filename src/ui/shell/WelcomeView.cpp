@@ -2,6 +2,7 @@
 
 #include "AppState.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/ShortcutText.h"
 #include "ui/theme/Theme.h"
 
 #include <QEvent>
@@ -20,7 +21,7 @@ namespace {
 
 QString native(const QKeySequence &sequence)
 {
-    return sequence.toString(QKeySequence::NativeText);
+    return ShortcutText::forDisplay(sequence);
 }
 
 // The orange badge with a white chevron.

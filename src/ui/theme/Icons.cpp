@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QPainter>
 #include <QSvgRenderer>
+#include <QtMath>
 
 // The icons live in a static library, whose resources must be registered.
 static void registerIconResources()

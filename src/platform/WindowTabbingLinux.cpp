@@ -1,0 +1,10 @@
+#include "WindowTabbing.h"
+
+namespace WindowTabbing {
+
+void turnOffAutomaticTabbing()
+{
+    // Linux desktops do not tab an app's windows together on their own.
+}
+
+} // namespace WindowTabbing

@@ -1,0 +1,12 @@
+#include "WindowTabbing.h"
+
+#import <AppKit/AppKit.h>
+
+namespace WindowTabbing {
+
+void turnOffAutomaticTabbing()
+{
+    [NSWindow setAllowsAutomaticWindowTabbing:NO];
+}
+
+} // namespace WindowTabbing
