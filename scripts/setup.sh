@@ -30,7 +30,8 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6
     libgl-dev libxkbcommon-dev
     fonts-dejavu-core
-    xvfb xauth
+    libx11-dev libxtst-dev
+    xvfb xauth xdg-utils
 )
 if $fuzz; then
     packages+=(clang libclang-rt-14-dev)

@@ -2,6 +2,7 @@
 
 #include "Preferences.h"
 #include "platform/Accessibility.h"
+#include "ui/detail/HandoffApp.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/Theme.h"
 
@@ -73,9 +74,9 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
     auto *handoffBox = new QGroupBox(this);
     auto *handoffForm = new QFormLayout(handoffBox);
     auto *radios = new QHBoxLayout;
-    for (const auto &[shown, stored] : {std::pair{"Claude", "claude"}, {"ChatGPT", "chatgpt"}}) {
-        auto *radio = new QRadioButton(QString::fromLatin1(shown), handoffBox);
-        radio->setProperty("stored", QString::fromLatin1(stored));
+    for (const HandoffApp &app : HandoffApp::allCases()) {
+        auto *radio = new QRadioButton(app.displayName(), handoffBox);
+        radio->setProperty("stored", app.rawValue());
         m_handoff->addButton(radio);
         radios->addWidget(radio);
     }
@@ -146,8 +147,9 @@ void SettingsWindow::loadFromPreferences()
     const int appearance = m_appearance->findData(m_preferences->appearance());
     m_appearance->setCurrentIndex(appearance < 0 ? 0 : appearance);
     const QString handoff = m_preferences->handoffApp();
+    // An unknown stored value shows as the target it selects.
+    const QString target = HandoffApp::fromPreference(handoff).rawValue();
     for (QAbstractButton *button : m_handoff->buttons())
-        button->setChecked(button->property("stored").toString() == handoff
-                           || (handoff != u"chatgpt" && button->property("stored").toString() == u"claude"));
+        button->setChecked(button->property("stored").toString() == target);
     m_autoPaste->setChecked(m_preferences->autoPaste());
 }

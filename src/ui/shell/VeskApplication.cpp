@@ -8,6 +8,7 @@
 #include "PromptLibrary.h"
 #include "SettingsWindow.h"
 #include "platform/SystemAppearance.h"
+#include "ui/detail/PromptDetailView.h"
 
 #include <QGuiApplication>
 #include <QUrl>
@@ -20,6 +21,7 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
 {
     updateAppAppearance();
     m_window = std::make_unique<MainWindow>(m_state.get());
+    m_window->promptDetail()->setPreferences(m_preferences); // the button follows the settings
     m_prompter = std::make_unique<DialogProjectNamePrompter>(m_window.get());
     m_state->setProjectNamePrompter(m_prompter.get());
     m_alerts = std::make_unique<DialogAlerts>(m_window.get());
