@@ -278,11 +278,11 @@ void TestMainWindow::keyboardReachesEveryControl()
     const QList<QWidget *> expected = {newProject, toolbar->widgetForAction(window->hideSidebarAction()),
                                        window->searchField(), toolbar->widgetForAction(toolbar->actions().constLast()),
                                        window->sidebar()->tree(), detail->titleField(), detail->pinButton(),
-                                       detail->copyButton(), detail->editor()};
+                                       detail->copyButton(), detail->handoffButton(), detail->editor()};
     QCOMPARE(visited, expected);
 
     // And each shows its focus.
-    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7]}) {
+    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7], expected[8]}) {
         button->setFocus(Qt::TabFocusReason);
         const QImage focused = button->grab().toImage();
         window->searchField()->setFocus(Qt::TabFocusReason);
