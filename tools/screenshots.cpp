@@ -166,6 +166,11 @@ void saveAtEverySize(const QString &root)
             window->show();
             vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/many-variables.md")});
             save(window, QByteArray("editor" + suffix).constData());
+            // The header at its fullest: the longer assistant name and the hand-off's notice.
+            vesk.preferences()->setHandoffApp(QStringLiteral("chatgpt"));
+            window->promptDetail()->notify(QStringLiteral("Copied — opening ChatGPT"));
+            save(window, QByteArray("handoff-notice" + suffix).constData());
+            vesk.preferences()->setHandoffApp(QStringLiteral("claude"));
             window->searchField()->setText(QStringLiteral("the"));
             save(window, QByteArray("search" + suffix).constData());
             window->searchField()->clear();
