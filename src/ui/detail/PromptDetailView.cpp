@@ -251,6 +251,7 @@ void PromptDetailView::showDraft()
     ++m_noticeGeneration;
     m_notice->clear();
     m_notice->hide();
+    updateHandoffButton(); // not with every keystroke: it reads the preferences store
     updateChrome();
 }
 
@@ -352,7 +353,6 @@ void PromptDetailView::updateChrome()
         m_variablesCount->setText(PromptText::counted(names.size(), QStringLiteral("variable")));
         m_variablesNames->setFullText(names.join(u", "));
     }
-    updateHandoffButton();
     updateIcons();
 }
 
