@@ -8,7 +8,6 @@
 #include "AppState.h"
 #include "LibraryGenerator.h"
 #include "PromptLibrary.h"
-#include "platform/Accessibility.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/VeskApplication.h"
@@ -109,8 +108,7 @@ int main(int argc, char *argv[])
 
     // Launch: from here (the library generated, the toolkit up) to the first paint.
     const qint64 launchStart = clock.nsecsElapsed();
-    SystemAccessibility accessibility;
-    VeskApplication vesk(root, &accessibility);
+    VeskApplication vesk(root);
     MainWindow *window = vesk.mainWindow();
     FirstPaint firstPaint(window, clock);
     window->resize(1100, 760);

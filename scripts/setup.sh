@@ -36,7 +36,8 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6
     libgl-dev libxkbcommon-dev
     fonts-dejavu-core
-    xvfb xauth
+    xvfb xauth xdg-utils
+    libx11-dev libxtst-dev
     # The install's checks: desktop entry, AppStream metainfo, man page,
     # Info.plist and the zsh completion.
     desktop-file-utils appstream groff-base libxml2-utils zsh

@@ -58,7 +58,7 @@ void TestAppearance::followsTheDesktopLive()
     QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"))
         .registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
     FakeAccessibility accessibility;
-    VeskApplication app(m_dir.path() + u"/prompts", &accessibility);
+    VeskApplication app(m_dir.path() + u"/prompts");
     const auto dark = [] { return QApplication::palette().color(QPalette::Window).lightnessF() < 0.5; };
     QVERIFY(!dark());
 

@@ -535,7 +535,7 @@ void TestHelp::helpMenuOpensTheIndex()
     write(path(u"data/vesk/" + book + u"index.html"), page("installed index"));
     QTemporaryDir library;
     FakeAccessibility accessibility;
-    VeskApplication vesk(library.path() + u"/prompts", &accessibility);
+    VeskApplication vesk(library.path() + u"/prompts");
     MainWindow *window = vesk.mainWindow();
     QAction *help = window->helpAction();
     QCOMPARE(help->text(), QStringLiteral("Vesk Help"));
@@ -565,7 +565,7 @@ void TestHelp::closingTheMainWindowQuitsWithHelpOpen()
 {
     QTemporaryDir library;
     FakeAccessibility accessibility;
-    VeskApplication vesk(library.path() + u"/prompts", &accessibility);
+    VeskApplication vesk(library.path() + u"/prompts");
     vesk.mainWindow()->show();
     HelpWindowController &help = HelpWindowController::shared();
     help.show(QStringLiteral("index.html"));

@@ -1,5 +1,5 @@
 #include "AppState.h"
-#include "FakeAccessibility.h"
+#include "FakePlatform.h"
 #include "ProjectNamePrompter.h"
 #include "PromptLibrary.h"
 #include "TestFiles.h"
@@ -63,14 +63,17 @@ private Q_SLOTS:
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
+    void autoPasteAsksForAccessibilityWhenSwitchedOn();
+    void handoffFootnotesNameThePlatformsTerms();
+    void handoffButtonFollowsTheSettings();
     void iconsFollowAnAppearanceSwitch();
-    void autoPasteAsksForThePermissionOnlyWhenUntrusted();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
     std::unique_ptr<QTemporaryDir> m_dir;
     QTemporaryDir m_settingsDir;
-    FakeAccessibility m_accessibility;
+    // The real permission prompt must never appear during a test run.
+    std::unique_ptr<FakeAccessibility> m_accessibility;
     std::unique_ptr<VeskApplication> m_app;
 };
 
@@ -85,12 +88,12 @@ void TestMainWindow::initTestCase()
 void TestMainWindow::init()
 {
     QSettings().clear();
+    m_accessibility = std::make_unique<FakeAccessibility>();
     m_dir = std::make_unique<QTemporaryDir>();
     write(path("prompts/Inbox/a.md"), "---\ntitle: Alpha\n---\n\napple pie", at(3));
     write(path("prompts/Inbox/b.md"), "---\ntitle: Beta\npinned: true\n---\n\nbanana", at(2));
     write(path("prompts/Work/blank.md"), "---\ntitle: \n---\n\n", at(1));
-    m_accessibility = FakeAccessibility();
-    m_app = std::make_unique<VeskApplication>(path("prompts"), &m_accessibility);
+    m_app = std::make_unique<VeskApplication>(path("prompts"));
     m_app->mainWindow()->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_app->mainWindow()));
 }
@@ -98,6 +101,7 @@ void TestMainWindow::init()
 void TestMainWindow::cleanup()
 {
     m_app.reset();
+    m_accessibility.reset();
 }
 
 void TestMainWindow::detailChoice()
@@ -274,11 +278,11 @@ void TestMainWindow::keyboardReachesEveryControl()
     const QList<QWidget *> expected = {newProject, toolbar->widgetForAction(window->hideSidebarAction()),
                                        window->searchField(), toolbar->widgetForAction(toolbar->actions().constLast()),
                                        window->sidebar()->tree(), detail->titleField(), detail->pinButton(),
-                                       detail->copyButton(), detail->editor()};
+                                       detail->copyButton(), detail->handoffButton(), detail->editor()};
     QCOMPARE(visited, expected);
 
     // And each shows its focus.
-    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7]}) {
+    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7], expected[8]}) {
         button->setFocus(Qt::TabFocusReason);
         const QImage focused = button->grab().toImage();
         window->searchField()->setFocus(Qt::TabFocusReason);
@@ -472,15 +476,80 @@ void TestMainWindow::settingsStoreUnderTheirKeys()
             button->click();
     }
     QCOMPARE(QSettings().value(QStringLiteral("handoffApp")).toString(), u"chatgpt");
+    m_accessibility->trusted = false;
     settings->autoPasteSwitch()->click();
     QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), true);
-    QCOMPARE(m_accessibility.requests, 1); // untrusted: the permission was asked for
+    QCOMPARE(m_accessibility->prompts, 1); // untrusted: the permission was asked for
 
     // An unknown stored target reads as Claude.
     QSettings().setValue(QStringLiteral("handoffApp"), QStringLiteral("other"));
     settings->hide();
     settings->show();
     QCOMPARE(settings->handoffPicker()->checkedButton()->text(), u"Claude");
+}
+
+void TestMainWindow::autoPasteAsksForAccessibilityWhenSwitchedOn()
+{
+    m_accessibility->trusted = false;
+    QSettings().setValue(QStringLiteral("autoPaste"), true);
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    QVERIFY(settings->autoPasteSwitch()->isChecked());
+    QCOMPARE(m_accessibility->prompts, 0); // showing the stored value asks nothing
+
+    settings->autoPasteSwitch()->click(); // off
+    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), false);
+    QCOMPARE(m_accessibility->prompts, 0);
+    settings->autoPasteSwitch()->click(); // on, untrusted: the system's prompt
+    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), true);
+    QCOMPARE(m_accessibility->prompts, 1);
+    settings->autoPasteSwitch()->click();
+    settings->autoPasteSwitch()->click(); // and again each time it goes on
+    QCOMPARE(m_accessibility->prompts, 2);
+    QVERIFY(settings->autoPasteSwitch()->isChecked()); // declining leaves it on
+
+    m_accessibility->trusted = true;
+    settings->autoPasteSwitch()->click();
+    settings->autoPasteSwitch()->click(); // already trusted: no prompt
+    QCOMPARE(m_accessibility->prompts, 2);
+}
+
+void TestMainWindow::handoffFootnotesNameThePlatformsTerms()
+{
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    QStringList texts;
+    for (const QLabel *label : settings->findChildren<QLabel *>())
+        texts << label->text();
+    const auto has = [&texts](const QString &text) { return texts.contains(text); };
+#ifdef Q_OS_MACOS
+    QVERIFY(has(u"Auto-paste synthesizes a ⌘V keystroke once the app is frontmost. macOS will ask for Accessibility "
+                u"permission the first time you enable it; grant it under System Settings → Privacy & Security → "
+                u"Accessibility."_s));
+#else
+    QVERIFY2(has(u"The Ctrl+Return button copies the filled prompt and brings the chosen app to the foreground. If "
+                 u"the desktop app isn't installed, Vesk falls back to opening the web client."_s),
+             qPrintable(texts.join(u'|')));
+    QVERIFY2(has(u"Auto-paste synthesizes a Ctrl+V keystroke once the app is frontmost. In an X11 session it needs "
+                 u"no permission. Wayland does not let one app send keystrokes to another, so there Vesk only "
+                 u"copies and you paste with Ctrl+V."_s),
+             qPrintable(texts.join(u'|')));
+#endif
+}
+
+void TestMainWindow::handoffButtonFollowsTheSettings()
+{
+    m_app->state()->setSelectedPromptIDs({QStringLiteral("Inbox/a.md")});
+    QToolButton *button = m_app->mainWindow()->promptDetail()->handoffButton();
+    QCOMPARE(button->text(), u"Claude");
+    SettingsWindow *settings = m_app->settingsWindow();
+    settings->show();
+    for (QAbstractButton *radio : settings->handoffPicker()->buttons()) {
+        if (radio->text() == u"ChatGPT")
+            radio->click();
+    }
+    QCOMPARE(button->text(), u"ChatGPT");
+    QCOMPARE(button->toolTip(), u"Copy and activate ChatGPT");
 }
 
 namespace {
@@ -528,40 +597,6 @@ void TestMainWindow::iconsFollowAnAppearanceSwitch()
                      qPrintable(seen.name() + u" for " + expected.name() + u" in " + QLatin1StringView(appearance)));
         }
     }
-}
-
-void TestMainWindow::autoPasteAsksForThePermissionOnlyWhenUntrusted()
-{
-    SettingsWindow *settings = m_app->settingsWindow();
-    settings->show();
-    QCheckBox *autoPaste = settings->autoPasteSwitch();
-
-    // Already trusted: switching on asks for nothing.
-    m_accessibility.trusted = true;
-    autoPaste->click();
-    QVERIFY(autoPaste->isChecked());
-    QCOMPARE(m_accessibility.requests, 0);
-    autoPaste->click();
-    QCOMPARE(m_accessibility.requests, 0);
-
-    // Not trusted: each switch to on asks again, switching off never does, and
-    // the switch stays on whatever the answer.
-    m_accessibility.trusted = false;
-    autoPaste->click();
-    QCOMPARE(m_accessibility.requests, 1);
-    QVERIFY(autoPaste->isChecked());
-    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), true);
-    autoPaste->click();
-    QCOMPARE(m_accessibility.requests, 1);
-    QCOMPARE(QSettings().value(QStringLiteral("autoPaste")).toBool(), false);
-    autoPaste->click();
-    QCOMPARE(m_accessibility.requests, 2);
-
-    // Showing the window again with auto-paste stored on asks for nothing.
-    settings->hide();
-    settings->show();
-    QVERIFY(autoPaste->isChecked());
-    QCOMPARE(m_accessibility.requests, 2);
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -5,7 +5,6 @@
 #include "AppState.h"
 #include "DemoLibrary.h"
 #include "PromptLibrary.h"
-#include "platform/Accessibility.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/shell/HelpWindowController.h"
 #include "ui/shell/MainWindow.h"
@@ -139,7 +138,7 @@ void saveContextMenu(MainWindow *window, const QModelIndex &index, const QString
 
 // The window at its opening and its minimum size, light and dark: the
 // states whose layout depends most on the room they get.
-void saveAtEverySize(const QString &root, AccessibilityPermission *accessibility)
+void saveAtEverySize(const QString &root)
 {
     // A prompt with more variables than the strip under the editor can list.
     QFile many(root + u"/Inbox/many-variables.md");
@@ -154,19 +153,24 @@ void saveAtEverySize(const QString &root, AccessibilityPermission *accessibility
                 + QByteArray::number(size.height()) + "-" + appearance;
             {
                 QTemporaryDir empty;
-                VeskApplication vesk(empty.path() + u"/prompts", accessibility);
+                VeskApplication vesk(empty.path() + u"/prompts");
                 vesk.preferences()->setAppearance(QString::fromLatin1(appearance));
                 vesk.mainWindow()->resize(size);
                 vesk.mainWindow()->show();
                 save(vesk.mainWindow(), QByteArray("welcome" + suffix).constData());
             }
-            VeskApplication vesk(root, accessibility);
+            VeskApplication vesk(root);
             vesk.preferences()->setAppearance(QString::fromLatin1(appearance));
             MainWindow *window = vesk.mainWindow();
             window->resize(size);
             window->show();
             vesk.state()->setSelectedPromptIDs({QStringLiteral("Inbox/many-variables.md")});
             save(window, QByteArray("editor" + suffix).constData());
+            // The header at its fullest: the longer assistant name and the hand-off's notice.
+            vesk.preferences()->setHandoffApp(QStringLiteral("chatgpt"));
+            window->promptDetail()->notify(QStringLiteral("Copied — opening ChatGPT"));
+            save(window, QByteArray("handoff-notice" + suffix).constData());
+            vesk.preferences()->setHandoffApp(QStringLiteral("claude"));
             window->searchField()->setText(QStringLiteral("the"));
             save(window, QByteArray("search" + suffix).constData());
             window->searchField()->clear();
@@ -177,7 +181,7 @@ void saveAtEverySize(const QString &root, AccessibilityPermission *accessibility
     }
 
     // Settings open while the appearance switches, both ways.
-    VeskApplication vesk(root, accessibility);
+    VeskApplication vesk(root);
     SettingsWindow *settings = vesk.settingsWindow();
     vesk.preferences()->setAppearance(QStringLiteral("light"));
     settings->show();
@@ -201,11 +205,10 @@ int main(int argc, char *argv[])
     QTemporaryDir settingsDir;
     QSettings::setDefaultFormat(QSettings::IniFormat);
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
-    SystemAccessibility accessibility; // nothing here switches auto-paste on
 
     {
         QTemporaryDir empty;
-        VeskApplication vesk(empty.path() + u"/prompts", &accessibility);
+        VeskApplication vesk(empty.path() + u"/prompts");
         vesk.mainWindow()->resize(1000, 720);
         vesk.mainWindow()->show();
         save(vesk.mainWindow(), "welcome");
@@ -216,7 +219,7 @@ int main(int argc, char *argv[])
     QTemporaryDir dir;
     const QString root = dir.path() + u"/prompts";
     writeDemoLibrary(root);
-    VeskApplication vesk(root, &accessibility);
+    VeskApplication vesk(root);
     MainWindow *window = vesk.mainWindow();
     window->resize(1000, 720);
     window->show();
@@ -279,6 +282,6 @@ int main(int argc, char *argv[])
     vesk.preferences()->setAppearance(QStringLiteral("system"));
     settings->hide();
 
-    saveAtEverySize(root, &accessibility);
+    saveAtEverySize(root);
     return 0;
 }

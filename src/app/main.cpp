@@ -1,5 +1,4 @@
 #include "VeskConst.h"
-#include "platform/Accessibility.h"
 #include "platform/WindowTabbing.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/VeskApplication.h"
@@ -14,8 +13,7 @@ int main(int argc, char *argv[])
     QApplication::setWindowIcon(Icons::appIcon());
     WindowTabbing::turnOffAutomaticTabbing();
 
-    SystemAccessibility accessibility;
-    VeskApplication vesk(VeskConst::defaultPromptsFolder().toLocalFile(), &accessibility);
+    VeskApplication vesk(VeskConst::defaultPromptsFolder().toLocalFile());
     vesk.mainWindow()->show();
     return app.exec();
 }

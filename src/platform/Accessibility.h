@@ -2,34 +2,29 @@
 
 #include <QString>
 
-// The permission to send keystrokes to other applications.
-namespace Accessibility {
-
-bool isTrusted();
-// Shows the system's permission prompt when the process is not trusted yet;
-// where the platform has no such permission it does nothing.
-void requestTrustIfNeeded();
-// What the settings tell the user about the permission.
-QString permissionNote();
-
-} // namespace Accessibility
-
-// The permission as the app's windows use it. They are given one, so that
-// tests can hand them a fake and never reach the system's prompt or read the
-// real account's trust.
-class AccessibilityPermission
+// The permission to send keystrokes to other applications. The platform's
+// answer comes from current(); tests put a stand-in there, so the system's
+// permission prompt never appears during a test run.
+class Accessibility
 {
 public:
-    virtual ~AccessibilityPermission() = default;
-    virtual bool isTrusted() const = 0;
-    // Asks the system for the permission (its prompt, where it has one).
-    virtual void requestTrust() = 0;
-};
+    virtual ~Accessibility() = default;
 
-// The system's own permission.
-class SystemAccessibility final : public AccessibilityPermission
-{
-public:
-    bool isTrusted() const override { return Accessibility::isTrusted(); }
-    void requestTrust() override { Accessibility::requestTrustIfNeeded(); }
+    // Whether this process may send keystrokes to other applications now.
+    virtual bool isTrusted() = 0;
+    // Asks the system to show its permission prompt; where the platform has
+    // no such permission it does nothing.
+    virtual void promptForTrust() = 0;
+
+    static Accessibility &current();
+    // `replacement` answers from now on; nullptr restores the platform's.
+    static void setCurrent(Accessibility *replacement);
+
+    // What switching auto-paste on does: the prompt, unless already trusted.
+    static void requestTrustIfNeeded();
+    // What the settings tell the user about the permission.
+    static QString permissionNote();
+
+private:
+    static Accessibility &platform();
 };

@@ -1,23 +1,28 @@
 #include "Accessibility.h"
 
-#include <QGuiApplication>
+#include "X11Keyboard.h"
 
-namespace Accessibility {
+namespace {
 
-bool isTrusted()
+// X11 has no permission to grant: any client may send keystrokes through
+// XTest. Wayland lets no application send them to another.
+class LinuxAccessibility final : public Accessibility
 {
-    // X11 lets any client send keystrokes; Wayland lets none.
-    return QGuiApplication::platformName() == u"xcb";
+public:
+    bool isTrusted() override { return X11Keyboard::available(); }
+    void promptForTrust() override {}
+};
+
+} // namespace
+
+Accessibility &Accessibility::platform()
+{
+    static LinuxAccessibility accessibility;
+    return accessibility;
 }
 
-void requestTrustIfNeeded()
+QString Accessibility::permissionNote()
 {
-    // Linux desktops have no permission to ask for.
+    return QStringLiteral("In an X11 session it needs no permission. Wayland does not let one app send keystrokes to "
+                          "another, so there Vesk only copies and you paste with Ctrl+V.");
 }
-
-QString permissionNote()
-{
-    return QStringLiteral("It works in X11 sessions; Wayland does not let apps send keystrokes to each other.");
-}
-
-} // namespace Accessibility

@@ -5,29 +5,34 @@
 
 #include <ApplicationServices/ApplicationServices.h>
 
-namespace Accessibility {
+namespace {
 
-bool isTrusted()
+class MacAccessibility final : public Accessibility
 {
-    return AXIsProcessTrusted();
+public:
+    bool isTrusted() override { return AXIsProcessTrusted(); }
+
+    void promptForTrust() override
+    {
+        const void *keys[] = {kAXTrustedCheckOptionPrompt};
+        const void *values[] = {kCFBooleanTrue};
+        CFDictionaryRef options = CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1,
+                                                     &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+        AXIsProcessTrustedWithOptions(options);
+        CFRelease(options);
+    }
+};
+
+} // namespace
+
+Accessibility &Accessibility::platform()
+{
+    static MacAccessibility accessibility;
+    return accessibility;
 }
 
-void requestTrustIfNeeded()
-{
-    if (AXIsProcessTrusted())
-        return;
-    const void *keys[] = {kAXTrustedCheckOptionPrompt};
-    const void *values[] = {kCFBooleanTrue};
-    CFDictionaryRef options = CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1,
-                                                 &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
-    AXIsProcessTrustedWithOptions(options);
-    CFRelease(options);
-}
-
-QString permissionNote()
+QString Accessibility::permissionNote()
 {
     return QStringLiteral("macOS will ask for Accessibility permission the first time you enable it; grant it under "
                           "System Settings → Privacy & Security → Accessibility.");
 }
-
-} // namespace Accessibility

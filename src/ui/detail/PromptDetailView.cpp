@@ -3,12 +3,15 @@
 #include "AppState.h"
 #include "Clipboard.h"
 #include "EditorText.h"
+#include "Handoff.h"
+#include "HandoffApp.h"
 #include "OtherVersionBar.h"
 #include "PromptLibrary.h"
 #include "PromptText.h"
 #include "TitleField.h"
 #include "VariableFillSheet.h"
 #include "Variables.h"
+#include "ui/shell/Preferences.h"
 #include "ui/theme/ElidedLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ShortcutText.h"
@@ -36,7 +39,7 @@ QString nativeShortcut(const QKeySequence &sequence)
 }
 
 const QKeySequence rawSequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
-
+const QKeySequence handoffSequence(Qt::CTRL | Qt::Key_Return); // Command-Return on macOS
 
 } // namespace
 
@@ -47,6 +50,7 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
     , m_notice(new QLabel(this))
     , m_pin(new QToolButton(this))
     , m_copy(new QToolButton(this))
+    , m_handoff(new QToolButton(this))
     , m_raw(new QToolButton(this))
     , m_editor(new QPlainTextEdit(this))
     , m_variablesDivider(Theme::divider(this))
@@ -58,6 +62,8 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
     , m_otherVersionBar(new OtherVersionBar(this))
     , m_copyShortcut(new QShortcut(QKeySequence::Copy, this))
     , m_rawShortcut(new QShortcut(rawSequence, this))
+    , m_handoffShortcut(new QShortcut(handoffSequence, this))
+    , m_preferences(new Preferences(this))
 {
     setObjectName(QStringLiteral("promptDetail"));
     auto *header = new QWidget(this);
@@ -94,6 +100,10 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
         if (!Variables::extract(m_draft.body).isEmpty())
             copyTemplate();
     });
+    m_handoffShortcut->setContext(Qt::WindowShortcut);
+    connect(m_handoffShortcut, &QShortcut::activated, this, &PromptDetailView::copyAndOpenHandoff);
+    connect(m_preferences, &Preferences::handoffAppChanged, this, &PromptDetailView::updateHandoffButton);
+    updateHandoffButton();
     updateIcons();
 
     // A creation flow may ask for focus after this view already shows its prompt.
@@ -137,7 +147,7 @@ void PromptDetailView::buildHeader(QWidget *header)
     Theme::setTextTone(m_notice, Theme::Tone::Notice);
     m_notice->hide();
 
-    for (QToolButton *button : {m_pin, m_copy, m_raw}) {
+    for (QToolButton *button : {m_pin, m_copy, m_handoff, m_raw}) {
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::TabFocus);
         button->setCursor(Qt::PointingHandCursor);
@@ -149,6 +159,10 @@ void PromptDetailView::buildHeader(QWidget *header)
     m_copy->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_copy->setFont(Theme::font(12));
     connect(m_copy, &QToolButton::clicked, this, &PromptDetailView::copyAction);
+    m_handoff->setObjectName(QStringLiteral("handoffButton"));
+    m_handoff->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_handoff->setFont(Theme::font(12));
+    connect(m_handoff, &QToolButton::clicked, this, &PromptDetailView::copyAndOpenHandoff);
     m_raw->setObjectName(QStringLiteral("rawButton"));
     m_raw->setText(QStringLiteral("Raw"));
     m_raw->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -160,6 +174,7 @@ void PromptDetailView::buildHeader(QWidget *header)
     row->addWidget(m_notice);
     row->addWidget(m_pin);
     row->addWidget(m_copy);
+    row->addWidget(m_handoff);
     row->addWidget(m_raw);
 }
 
@@ -237,6 +252,7 @@ void PromptDetailView::showDraft()
     ++m_noticeGeneration;
     m_notice->clear();
     m_notice->hide();
+    updateHandoffButton(); // not with every keystroke: it reads the preferences store
     updateChrome();
 }
 
@@ -348,6 +364,7 @@ void PromptDetailView::updateIcons()
     m_pin->setIcon(Icons::icon(pinned ? QStringLiteral("pin.fill") : QStringLiteral("pin"),
                                pinned ? Theme::accent(p) : Theme::secondaryText(p), 15));
     m_copy->setIcon(Icons::icon(QStringLiteral("doc.on.clipboard"), Theme::primaryText(p), 14));
+    m_handoff->setIcon(Icons::icon(QStringLiteral("arrow.up.right.square"), Theme::primaryText(p), 14));
     m_raw->setIcon(Icons::icon(QStringLiteral("doc.plaintext"), Theme::primaryText(p), 14));
     m_variablesIcon->setPixmap(Icons::pixmap(QStringLiteral("curlybraces"), Theme::secondaryText(p), 12,
                                              devicePixelRatioF()));
@@ -433,11 +450,71 @@ void PromptDetailView::openFillSheet()
         return;
     m_sheet = new VariableFillSheet(Variables::extract(m_draft.body), m_draft.body, this);
     m_sheet->setAttribute(Qt::WA_DeleteOnClose);
-    connect(m_sheet, &VariableFillSheet::copyRequested, this, [this](const QString &filled) {
-        Clipboard::writeText(filled);
-        notify(QStringLiteral("Copied filled prompt"));
-    });
+    // However it closes, the sheet is no longer shown. Only its buttons say
+    // more: a dismissal past them leaves a waiting hand-off waiting.
+    connect(m_sheet, &QDialog::finished, this, [this] { m_sheet.clear(); });
+    connect(m_sheet, &VariableFillSheet::copyRequested, this, &PromptDetailView::fillSheetCopied);
+    connect(m_sheet, &VariableFillSheet::cancelled, this, &PromptDetailView::fillSheetCancelled);
     m_sheet->open();
+}
+
+void PromptDetailView::fillSheetCopied(const QString &filled)
+{
+    Clipboard::writeText(filled);
+    if (!m_pendingActivateHandoff) {
+        notify(QStringLiteral("Copied filled prompt"));
+        return;
+    }
+    m_pendingActivateHandoff = false;
+    const HandoffApp target = handoffTarget();
+    notify(u"Copied — opening " + target.displayName());
+    activateHandoff(target);
+}
+
+void PromptDetailView::fillSheetCancelled()
+{
+    m_pendingActivateHandoff = false; // nothing copied, nothing opened
+}
+
+void PromptDetailView::copyAndOpenHandoff()
+{
+    if (!Variables::extract(m_draft.body).isEmpty()) {
+        m_pendingActivateHandoff = true;
+        openFillSheet();
+        return;
+    }
+    Clipboard::writeText(m_draft.body);
+    // The notice first, so it shows before the target comes to the front.
+    notify(u"Copied — opening " + handoffTarget().displayName());
+    activateHandoff(handoffTarget());
+}
+
+void PromptDetailView::activateHandoff(const HandoffApp &app)
+{
+    Handoff::activate(app, m_preferences->autoPaste());
+}
+
+HandoffApp PromptDetailView::handoffTarget() const
+{
+    return HandoffApp::fromPreference(m_preferences->handoffApp());
+}
+
+void PromptDetailView::setPreferences(Preferences *preferences)
+{
+    if (m_preferences->parent() == this)
+        delete m_preferences;
+    else
+        disconnect(m_preferences, nullptr, this, nullptr);
+    m_preferences = preferences;
+    connect(m_preferences, &Preferences::handoffAppChanged, this, &PromptDetailView::updateHandoffButton);
+    updateHandoffButton();
+}
+
+void PromptDetailView::updateHandoffButton()
+{
+    const QString name = handoffTarget().displayName();
+    m_handoff->setText(name);
+    m_handoff->setToolTip(u"Copy and activate " + name);
 }
 
 void PromptDetailView::togglePin()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HandoffApp.h"
 #include "Prompt.h"
 #include "TitleField.h"
 #include "VariableFillSheet.h"
@@ -10,6 +11,7 @@
 class AppState;
 class ElidedLabel;
 class OtherVersionBar;
+class Preferences;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -17,7 +19,7 @@ class QShortcut;
 class QToolButton;
 class QPushButton;
 
-// The editor of one prompt: title, body, pin, copy. Every keystroke goes into
+// The editor of one prompt: title, body, pin, copy, hand-off. Every keystroke goes into
 // the draft and to AppState's delayed save. The library's reloads never
 // disturb typing: a change made by another program is taken in only where
 // nothing was typed since the last save.
@@ -37,9 +39,20 @@ public:
     void setPrompt(const Prompt &prompt);
     const Prompt &draft() const { return m_draft; }
 
+    // The preferences the hand-off reads (the view has its own until told):
+    // the button follows a change of the target as it is made.
+    void setPreferences(Preferences *preferences);
+    Preferences *preferences() const { return m_preferences; }
+
     void copyAction();
     void copyTemplate();
     void openFillSheet();
+    // Copies the prompt (through the fill sheet when it has variables) and
+    // brings the chosen assistant to the front.
+    void copyAndOpenHandoff();
+    void activateHandoff(const HandoffApp &app);
+    // A hand-off waits for the fill sheet to finish.
+    bool pendingActivateHandoff() const { return m_pendingActivateHandoff; }
     void togglePin();
     void notify(const QString &notice);
     void claimPendingFocusIfMatched();
@@ -50,6 +63,7 @@ public:
     QLabel *noticeLabel() const { return m_notice; }
     QToolButton *pinButton() const { return m_pin; }
     QToolButton *copyButton() const { return m_copy; }
+    QToolButton *handoffButton() const { return m_handoff; }
     QToolButton *rawButton() const { return m_raw; }
     QWidget *variablesPanel() const { return m_variablesPanel; }
     QLabel *variablesCountLabel() const { return m_variablesCount; }
@@ -73,6 +87,10 @@ private:
     void replaceBodyText(const QString &body);
     void adoptBody(const QString &body);
     void updateOtherVersionBar();
+    void updateHandoffButton();
+    void fillSheetCopied(const QString &filled);
+    void fillSheetCancelled();
+    HandoffApp handoffTarget() const;
 
     AppState *m_state;
     Prompt m_draft;
@@ -82,6 +100,7 @@ private:
     QLabel *m_notice;
     QToolButton *m_pin;
     QToolButton *m_copy;
+    QToolButton *m_handoff;
     QToolButton *m_raw;
     QPlainTextEdit *m_editor;
     QWidget *m_variablesDivider;
@@ -93,7 +112,10 @@ private:
     OtherVersionBar *m_otherVersionBar;
     QShortcut *m_copyShortcut;
     QShortcut *m_rawShortcut;
+    QShortcut *m_handoffShortcut;
+    Preferences *m_preferences;
     QPointer<VariableFillSheet> m_sheet;
+    bool m_pendingActivateHandoff = false;
     bool m_showingDraft = false;
     int m_noticeGeneration = 0; // a notice belongs to the prompt it was shown for
 };

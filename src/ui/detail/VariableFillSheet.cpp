@@ -7,6 +7,7 @@
 #include <QDialogButtonBox>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -54,7 +55,7 @@ VariableFillSheet::VariableFillSheet(const QStringList &variables, const QString
     close->setAutoRaise(true);
     close->setIcon(Icons::icon(QStringLiteral("xmark"), Theme::secondaryText(palette()), 11));
     close->setToolTip(QStringLiteral("Cancel"));
-    connect(close, &QToolButton::clicked, this, &VariableFillSheet::reject);
+    connect(close, &QToolButton::clicked, this, &VariableFillSheet::cancel);
     titleLayout->addWidget(title);
     titleLayout->addStretch();
     titleLayout->addWidget(close);
@@ -122,19 +123,21 @@ VariableFillSheet::VariableFillSheet(const QStringList &variables, const QString
     QWidget *buttonRow = bar(this);
     auto *buttonLayout = new QHBoxLayout(buttonRow);
     buttonLayout->setContentsMargins(14, 10, 14, 10);
-    auto *cancel = new QPushButton(QStringLiteral("Cancel"), buttonRow);
+    auto *cancelButton = new QPushButton(QStringLiteral("Cancel"), buttonRow);
     auto *copy = new QPushButton(QStringLiteral("Copy"), buttonRow);
     copy->setObjectName(QStringLiteral("copyButton"));
     copy->setDefault(true);
     copy->setAutoDefault(true);
-    cancel->setAutoDefault(false);
-    connect(cancel, &QPushButton::clicked, this, &VariableFillSheet::reject);
+    cancelButton->setAutoDefault(false);
+    connect(cancelButton, &QPushButton::clicked, this, &VariableFillSheet::cancel);
     connect(copy, &QPushButton::clicked, this, [this] {
-        Q_EMIT copyRequested(filledText());
+        // Closed first: what the copy sets off (a hand-off) happens with the sheet gone.
+        const QString filled = filledText();
         accept();
+        Q_EMIT copyRequested(filled);
     });
     buttonLayout->addStretch();
-    buttonLayout->addWidget(cancel);
+    buttonLayout->addWidget(cancelButton);
     buttonLayout->addWidget(copy);
     layout->addWidget(buttonRow);
 
@@ -148,10 +151,20 @@ QString VariableFillSheet::filledText() const
     return Variables::substitute(m_template, m_values);
 }
 
-void VariableFillSheet::reject()
+void VariableFillSheet::cancel()
 {
-    Q_EMIT cancelled();
     QDialog::reject();
+    Q_EMIT cancelled();
+}
+
+void VariableFillSheet::keyPressEvent(QKeyEvent *event)
+{
+    // Escape is the Cancel button's shortcut, as a sheet's cancel action.
+    if (event->matches(QKeySequence::Cancel)) {
+        cancel();
+        return;
+    }
+    QDialog::keyPressEvent(event);
 }
 
 void VariableFillSheet::updatePreview()

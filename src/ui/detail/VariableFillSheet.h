@@ -20,13 +20,17 @@ public:
     QPlainTextEdit *field(const QString &name) const { return m_fields.value(name); }
     QPlainTextEdit *preview() const { return m_preview; }
 
+    // "Cancel", the close button and Escape: the sheet closes and says so.
+    // A dismissal past them (the window manager's close, say) closes it
+    // without cancelled().
+    void cancel();
+
 Q_SIGNALS:
     void copyRequested(const QString &filled);
     void cancelled();
 
-public:
-    // Escape, the close button and "Cancel" all end here.
-    void reject() override;
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void updatePreview();

@@ -2,6 +2,7 @@
 
 #include "Preferences.h"
 #include "platform/Accessibility.h"
+#include "ui/detail/HandoffApp.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ShortcutText.h"
 #include "ui/theme/Theme.h"
@@ -47,10 +48,9 @@ QLabel *note(const QString &text, QWidget *parent)
 
 } // namespace
 
-SettingsWindow::SettingsWindow(Preferences *preferences, AccessibilityPermission *accessibility, QWidget *parent)
+SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , m_preferences(preferences)
-    , m_accessibility(accessibility)
     , m_appearance(new QComboBox(this))
     , m_handoff(new QButtonGroup(this))
     , m_autoPaste(new QCheckBox(QStringLiteral("Paste into the app automatically"), this))
@@ -75,9 +75,9 @@ SettingsWindow::SettingsWindow(Preferences *preferences, AccessibilityPermission
     auto *handoffBox = new QGroupBox(this);
     auto *handoffForm = new QFormLayout(handoffBox);
     auto *radios = new QHBoxLayout;
-    for (const auto &[shown, stored] : {std::pair{"Claude", "claude"}, {"ChatGPT", "chatgpt"}}) {
-        auto *radio = new QRadioButton(QString::fromLatin1(shown), handoffBox);
-        radio->setProperty("stored", QString::fromLatin1(stored));
+    for (const HandoffApp &app : HandoffApp::allCases()) {
+        auto *radio = new QRadioButton(app.displayName(), handoffBox);
+        radio->setProperty("stored", app.rawValue());
         m_handoff->addButton(radio);
         radios->addWidget(radio);
     }
@@ -105,8 +105,8 @@ SettingsWindow::SettingsWindow(Preferences *preferences, AccessibilityPermission
             [this](QAbstractButton *button) { m_preferences->setHandoffApp(button->property("stored").toString()); });
     connect(m_autoPaste, &QCheckBox::toggled, this, [this](bool on) {
         m_preferences->setAutoPaste(on);
-        if (on && !m_accessibility->isTrusted())
-            m_accessibility->requestTrust();
+        if (on)
+            Accessibility::requestTrustIfNeeded();
     });
 }
 
@@ -148,8 +148,9 @@ void SettingsWindow::loadFromPreferences()
     const int appearance = m_appearance->findData(m_preferences->appearance());
     m_appearance->setCurrentIndex(appearance < 0 ? 0 : appearance);
     const QString handoff = m_preferences->handoffApp();
+    // An unknown stored value shows as the target it selects.
+    const QString target = HandoffApp::fromPreference(handoff).rawValue();
     for (QAbstractButton *button : m_handoff->buttons())
-        button->setChecked(button->property("stored").toString() == handoff
-                           || (handoff != u"chatgpt" && button->property("stored").toString() == u"claude"));
+        button->setChecked(button->property("stored").toString() == target);
     m_autoPaste->setChecked(m_preferences->autoPaste());
 }

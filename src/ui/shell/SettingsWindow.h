@@ -2,7 +2,6 @@
 
 #include <QWidget>
 
-class AccessibilityPermission;
 class Preferences;
 class QButtonGroup;
 class QCheckBox;
@@ -15,8 +14,9 @@ class SettingsWindow : public QWidget
     Q_OBJECT
 
 public:
-    // Switching auto-paste on asks `accessibility` for the permission it needs.
-    SettingsWindow(Preferences *preferences, AccessibilityPermission *accessibility, QWidget *parent = nullptr);
+    // Switching auto-paste on asks for the permission it needs (through
+    // Accessibility::current(), which tests replace).
+    explicit SettingsWindow(Preferences *preferences, QWidget *parent = nullptr);
 
     QComboBox *appearancePicker() const { return m_appearance; }
     QButtonGroup *handoffPicker() const { return m_handoff; }
@@ -32,7 +32,6 @@ private:
     void updateIcons();
 
     Preferences *m_preferences;
-    AccessibilityPermission *m_accessibility;
     QComboBox *m_appearance;
     QButtonGroup *m_handoff;
     QCheckBox *m_autoPaste;

@@ -9,19 +9,20 @@
 #include "PromptLibrary.h"
 #include "SettingsWindow.h"
 #include "platform/SystemAppearance.h"
+#include "ui/detail/PromptDetailView.h"
 
 #include <QGuiApplication>
 #include <QUrl>
 
-VeskApplication::VeskApplication(const QString &rootPath, AccessibilityPermission *accessibility, QObject *parent)
+VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
     : QObject(parent)
     , m_library(std::make_unique<PromptLibrary>(QUrl::fromLocalFile(rootPath)))
     , m_state(std::make_unique<AppState>(m_library.get()))
-    , m_accessibility(accessibility)
     , m_preferences(new Preferences(this))
 {
     updateAppAppearance();
     m_window = std::make_unique<MainWindow>(m_state.get());
+    m_window->promptDetail()->setPreferences(m_preferences); // the button follows the settings
     m_prompter = std::make_unique<DialogProjectNamePrompter>(m_window.get());
     m_state->setProjectNamePrompter(m_prompter.get());
     m_alerts = std::make_unique<DialogAlerts>(m_window.get());
@@ -63,7 +64,7 @@ VeskApplication::~VeskApplication()
 SettingsWindow *VeskApplication::settingsWindow()
 {
     if (!m_settings) {
-        m_settings = new SettingsWindow(m_preferences, m_accessibility);
+        m_settings = new SettingsWindow(m_preferences);
         m_settings->setAttribute(Qt::WA_QuitOnClose, false); // closing the main window quits
     }
     return m_settings;

@@ -5,7 +5,6 @@
 
 #include <memory>
 
-class AccessibilityPermission;
 class AppState;
 class DialogAlerts;
 class DialogProjectNamePrompter;
@@ -27,8 +26,7 @@ public:
     // defaults, and the identifier is the desktop file's name and Wayland app id.
     static void applyIdentity();
 
-    // `accessibility` is the system's in the app and a fake in tests.
-    VeskApplication(const QString &rootPath, AccessibilityPermission *accessibility, QObject *parent = nullptr);
+    explicit VeskApplication(const QString &rootPath, QObject *parent = nullptr);
     ~VeskApplication() override;
 
     PromptLibrary *library() const { return m_library.get(); }
@@ -45,7 +43,6 @@ public:
 private:
     std::unique_ptr<PromptLibrary> m_library;
     std::unique_ptr<AppState> m_state;
-    AccessibilityPermission *m_accessibility;
     Preferences *m_preferences;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<DialogProjectNamePrompter> m_prompter;
