@@ -1,6 +1,9 @@
+#include "FileSearch.h"
 #include "LibraryQueries.h"
 #include "PromptLibrary.h"
 #include "TestFiles.h"
+
+#include <QRandomGenerator>
 
 using TestFiles::at;
 using TestFiles::ids;
@@ -13,6 +16,7 @@ class TestQueries : public QObject
 private Q_SLOTS:
     void init();
     void search();
+    void fastSearchesAgreeWithThePlainRule();
     void pinnedAndProjectLists();
     void sections();
 
@@ -57,6 +61,70 @@ void TestQueries::search()
     QCOMPARE(ids(LibraryQueries::searchResults(all, QStringLiteral("t"))),
              QStringList({"Inbox/body.md", "Inbox/blank.md", "Inbox/tagged.md", "Secret/other.md"}));
     QVERIFY(LibraryQueries::searchResults(all, QStringLiteral("first text")).isEmpty());
+}
+
+void TestQueries::fastSearchesAgreeWithThePlainRule()
+{
+    // Random libraries and queries: the prepared search texts (narrowing as a
+    // query grows) and the search straight from the files must find exactly
+    // what the plain rule finds, in the same order.
+    const QStringList pieces{"Refactor", "review", "KEY", "key", "ß", "SS", "Éclair", "éclair", "\u212A",
+                             "İstanbul", "new", "prompt", "model", "tags", "a:b", "\"q\"", "  ", "\n", "\r\n",
+                             "{{x}}", "\t", "ab", "ba", "\u00A0", "😀", "x"};
+    const QStringList queries{"r", "re", "ref", "refactor", "new p", "NEW PROMPT", "w p", "k", "key", "ss", "ß",
+                              "é", "É", "éclair", "i̇", "İ", "model", "claude", "tags", "a:b", "\"q", "{{",
+                              "\n", "b\nr", "😀", "zzz", "prompt", " x ", "ab"};
+    for (quint32 seed = 1; seed <= 6; ++seed) {
+        QRandomGenerator random(seed);
+        QTemporaryDir dir;
+        auto text = [&](int words) {
+            QString t;
+            for (int i = 0; i < words; ++i)
+                t += pieces[random.bounded(int(pieces.size()))] + (random.bounded(3) ? u" " : u"");
+            return t;
+        };
+        for (int i = 0; i < 60; ++i) {
+            const QString project = QStringList{"Inbox", "Work", "Ünï", "b"}[random.bounded(4)];
+            QByteArray file;
+            const int shape = random.bounded(5);
+            if (shape == 0) { // no header at all
+                file = text(6).toUtf8();
+            } else {
+                file = "---\ntitle: " + (shape == 1 ? QByteArray("  ") : text(2).toUtf8()) + '\n';
+                if (random.bounded(2))
+                    file += "tags: [" + text(1).toUtf8() + ", " + text(1).toUtf8() + "]\n";
+                if (random.bounded(2))
+                    file += "model: " + text(1).toUtf8() + '\n';
+                if (random.bounded(3) == 0)
+                    file += "pinned: true\n";
+                file += "---\n\n" + text(random.bounded(20)).toUtf8();
+            }
+            write(dir.path() + u'/' + project + u"/p" + QString::number(i) + (i % 7 ? u".md" : u".MARKDOWN"), file,
+                  at(random.bounded(20)));
+        }
+        write(dir.path() + u"/Work/not-utf8.md", "title \xff\xfe refactor", at(1));
+        PromptLibrary library(QUrl::fromLocalFile(dir.path()));
+        const QList<Prompt> &all = library.prompts();
+        QList<qsizetype> previous;
+        QString previousQuery;
+        for (const QString &query : queries) {
+            const QStringList plain = ids(LibraryQueries::searchResults(all, query));
+            QStringList prepared;
+            for (const qsizetype index : LibraryQueries::searchIndices(all, query))
+                prepared.append(all[index].id);
+            QCOMPARE(prepared, plain);
+            QCOMPARE(ids(FileSearch::search(dir.path(), query)), plain);
+            // Typing on: what contains the longer query is among the earlier results.
+            if (!previousQuery.isEmpty() && query.trimmed().toLower().contains(previousQuery.trimmed().toLower())) {
+                QStringList narrowed;
+                for (const qsizetype index : LibraryQueries::searchIndices(all, query, &previous))
+                    narrowed.append(all[index].id);
+                QCOMPARE(narrowed, plain);
+            }
+            previous = LibraryQueries::searchIndices(all, query);
+            previousQuery = query;
+        }
+    }
 }
 
 void TestQueries::pinnedAndProjectLists()

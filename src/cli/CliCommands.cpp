@@ -1,6 +1,7 @@
 #include "CliCommands.h"
 
 #include "AppState.h"
+#include "FileSearch.h"
 #include "JsonOutput.h"
 #include "LibraryQueries.h"
 #include "Organizer.h"
@@ -119,6 +120,13 @@ std::optional<QString> readUtf8Input(const QString &file, QString *error)
     return text;
 }
 
+// Searching once needs no loaded library: the files are read and only those
+// that could hold the query are parsed.
+CliResult searchFiles(const QString &root, const CliArguments &args, const CliSink &sink)
+{
+    return promptList(args, sink, FileSearch::search(root, args.positional.value(0)));
+}
+
 class Commands
 {
 public:
@@ -205,11 +213,7 @@ private:
         return promptList(args, sink, lib.prompts());
     }
 
-    CliResult search()
-    {
-        const QList<qsizetype> found = LibraryQueries::searchIndices(lib.prompts(), arg(0));
-        return promptList(args, sink, found.size(), [&](qsizetype i) -> const Prompt & { return lib.prompts()[found[i]]; });
-    }
+    CliResult search() { return searchFiles(lib.rootPath(), args, sink); }
 
     CliResult show()
     {
@@ -413,16 +417,18 @@ CliResult runCli(const QStringList &arguments, const CliSink &sink)
     const QUrl root = parsed.arguments->root.isEmpty()
         ? VeskConst::defaultPromptsFolder()
         : QUrl::fromLocalFile(QFileInfo(parsed.arguments->root).absoluteFilePath());
-    PromptLibrary library(root);
+    const QString rootPath = root.toLocalFile();
+    PromptLibrary::prepareRoot(rootPath);
     // The library creates its folder quietly; a folder that could not be
     // made is the first thing to tell, not an empty listing.
-    if (!QFileInfo(library.rootPath()).isDir()) {
-        const QByteArray path = QFile::encodeName(library.rootPath());
-        const int reason = ::mkdir(path.constData(), 0777) == 0 ? 0 : errno;
-        if (reason != 0 || !QFileInfo(library.rootPath()).isDir())
-            return failure(u"cannot create the library folder " + quoted(library.rootPath()) + u": "
+    if (!QFileInfo(rootPath).isDir()) {
+        const int reason = ::mkdir(QFile::encodeName(rootPath).constData(), 0777) == 0 ? 0 : errno;
+        if (reason != 0 || !QFileInfo(rootPath).isDir())
+            return failure(u"cannot create the library folder " + quoted(rootPath) + u": "
                            + (reason == EEXIST ? QStringLiteral("it is not a folder") : qt_error_string(reason)));
-        library.reload();
     }
+    if (parsed.arguments->command == u"search")
+        return searchFiles(rootPath, *parsed.arguments, sink);
+    PromptLibrary library(root, nullptr, PromptLibrary::Use::OneShot);
     return runCliCommand(library, *parsed.arguments, sink);
 }
