@@ -124,6 +124,21 @@ void TestCli::jsonShapes()
     QCOMPARE(json({QStringLiteral("fill"), QStringLiteral("Inbox/a.md"), QStringLiteral("--set"), QStringLiteral("who=\"you\"")}),
              QJsonValue(QStringLiteral("\nHi \"you\"")));
     QCOMPARE(json({QStringLiteral("search"), QStringLiteral("zzz")}), QJsonValue(QJsonArray{}));
+
+    // Lists are written prompt by prompt, yet read exactly as Qt's own
+    // compact writer would write them, whatever the text holds.
+    const QString tricky = QStringLiteral("\"quotes\" \\back\\ \t\b\f\r\n\x01\x1f\x7f é 😀 \u2028 \u0000");
+    write(root() + u"/Inbox/b.md", ("---\ntitle: " + tricky.left(20) + "\ntags: [\x02, \"x\"]\n---\n\n" + tricky).toUtf8(),
+          TestFiles::at(5));
+    for (const QStringList &args : {QStringList{"list", "--json"}, QStringList{"search", "e", "--json"}}) {
+        const Run run = cli(args);
+        QCOMPARE(run.exitCode, 0);
+        QJsonParseError error;
+        const QJsonDocument doc = QJsonDocument::fromJson(run.out, &error);
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QCOMPARE(run.out, doc.toJson(QJsonDocument::Compact) + '\n');
+        QCOMPARE(doc.array().first().toObject().value("body").toString(), u'\n' + tricky);
+    }
 }
 
 void TestCli::showAndFillAreExact()

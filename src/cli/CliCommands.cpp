@@ -71,7 +71,7 @@ CliResult promptList(const CliArguments &args, const CliSink &sink, qsizetype co
         if (args.json) {
             if (i > 0)
                 out += ',';
-            out += QJsonDocument(JsonOutput::promptObject(p)).toJson(QJsonDocument::Compact);
+            JsonOutput::appendPrompt(&out, p);
         } else {
             out += (p.id + u'\t' + p.displayTitle() + u'\n').toUtf8();
         }
