@@ -6,6 +6,7 @@
 #include "VeskConst.h"
 
 #include <QFile>
+#include <QHash>
 #include <QStringDecoder>
 #include <QUrl>
 
@@ -13,7 +14,9 @@
 #include <thread>
 #include <vector>
 
+#include <cerrno>
 #include <dirent.h>
+#include <unistd.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -172,27 +175,89 @@ std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest
     prompt.frontMatter = FrontMatter::fromMatter(parsed.matter);
     prompt.body = std::move(parsed.body);
     prompt.modifiedAt = UtcTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000);
-    if (searchText)
-        prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
+    if (searchText) {
+        // In ASCII text a character is a byte, so the body's bytes are the
+        // file's last body.size() bytes.
+        if (QtPrivate::isAscii(QLatin1StringView(bytes)))
+            prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), QByteArrayView(bytes).last(prompt.body.size()),
+                                                       prompt.frontMatter.tags);
+        else
+            prompt.searchText = Prompt::makeSearchText(prompt.displayTitle(), prompt.body, prompt.frontMatter.tags);
+    }
     return prompt;
 }
 
+namespace {
+
+// Reads a file the folder walk has just stat'ed: opened relative to its
+// folder (no path to resolve again), read in one go sized from that stat.
+// Non-blocking and bounded, so a file that became a pipe or a device since
+// the stat neither blocks nor runs on.
+std::optional<QByteArray> readListedFile(int folderFd, const QString &name, qint64 expectedSize, bool *tooLarge)
+{
+    if (expectedSize > maxPromptFileBytes) {
+        *tooLarge = true;
+        return std::nullopt;
+    }
+    const int fd = ::openat(folderFd, QFile::encodeName(name).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    QByteArray bytes(qMax<qint64>(expectedSize, 0) + 1, Qt::Uninitialized);
+    qsizetype filled = 0;
+    bool failed = false;
+    for (;;) {
+        if (filled == bytes.size()) {
+            if (bytes.size() > maxPromptFileBytes) {
+                *tooLarge = true;
+                failed = true;
+                break;
+            }
+            bytes.resize(bytes.size() + 4096); // it grew since the stat
+        }
+        const ssize_t n = ::read(fd, bytes.data() + filled, size_t(bytes.size() - filled));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            failed = n < 0;
+            break;
+        }
+        filled += n;
+    }
+    ::close(fd);
+    if (failed)
+        return std::nullopt;
+    bytes.truncate(filled);
+    return bytes;
+}
+
+} // namespace
+
 QList<ReadResult> readPrompts(const QList<ReadRequest> &requests, bool searchTexts)
 {
+    // Each folder opened once, its files opened relative to it.
+    QHash<QString, int> folderFds;
+    for (const ReadRequest &request : requests) {
+        if (!folderFds.contains(request.folder))
+            folderFds.insert(request.folder, ::open(QFile::encodeName(request.folder).constData(),
+                                                    O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
     QList<ReadResult> results(requests.size());
     parallelFor(requests.size(), 32, [&](qsizetype i) {
         const ReadRequest &request = requests[i];
         ReadResult &result = results[i];
-        FileOps::ReadFailure failure = FileOps::ReadFailure::None;
-        const std::optional<QByteArray> bytes =
-            FileOps::readRegularFile(request.folder + u'/' + request.fileName, maxPromptFileBytes, &failure);
         result.size = request.stamp.size;
-        if (!bytes) {
-            result.tooLarge = failure == FileOps::ReadFailure::TooLarge;
+        const int folderFd = folderFds.value(request.folder, -1);
+        if (folderFd < 0)
             return;
-        }
-        result.prompt = promptFromBytes(*bytes, request, searchTexts);
+        const std::optional<QByteArray> bytes =
+            readListedFile(folderFd, request.fileName, request.stamp.size, &result.tooLarge);
+        if (bytes)
+            result.prompt = promptFromBytes(*bytes, request, searchTexts);
     });
+    for (const int fd : std::as_const(folderFds)) {
+        if (fd >= 0)
+            ::close(fd);
+    }
     return results;
 }
 

@@ -50,3 +50,21 @@ QByteArray Prompt::makeSearchText(const QString &displayTitle, const QString &bo
     }
     return text;
 }
+
+QByteArray Prompt::makeSearchText(const QString &displayTitle, QByteArrayView asciiBody, const QStringList &tags)
+{
+    QByteArray text;
+    text.reserve(displayTitle.size() + asciiBody.size() + 2 + tags.size() * 8);
+    appendLowered(&text, displayTitle);
+    text.append('\0');
+    const qsizetype start = text.size();
+    text.resize(start + asciiBody.size());
+    char *to = text.data() + start;
+    for (const char c : asciiBody)
+        *to++ = char(c >= 'A' && c <= 'Z' ? c + 32 : c);
+    for (const QString &tag : tags) {
+        text.append('\0');
+        appendLowered(&text, tag);
+    }
+    return text;
+}

@@ -39,6 +39,9 @@ struct Prompt
     // draft); derived from the fields above, so not part of equality.
     QByteArray searchText;
     static QByteArray makeSearchText(const QString &displayTitle, const QString &body, const QStringList &tags);
+    // The same, with the body given as its UTF-8 bytes when they are ASCII
+    // (as read from the file): lower-cased byte by byte, without the QString.
+    static QByteArray makeSearchText(const QString &displayTitle, QByteArrayView asciiBody, const QStringList &tags);
 
     friend bool operator==(const Prompt &a, const Prompt &b)
     {
