@@ -59,9 +59,14 @@ QString scalar(const QString &value)
 
 ParseResult parse(const QString &text)
 {
+    return parse(QString(text));
+}
+
+ParseResult parse(QString &&text)
+{
     const qsizetype start = headerStart(text);
     if (start < 0)
-        return {{}, text};
+        return {{}, std::move(text)};
 
     // Lines split at line feeds only; a carriage return stays on its line.
     QList<QStringView> headerLines;
@@ -81,7 +86,7 @@ ParseResult parse(const QString &text)
         lineStart = lineFeed + 1;
     }
     if (bodyStart < 0)
-        return {{}, text};
+        return {{}, std::move(text)};
 
     ParseResult result;
     for (const QStringView line : std::as_const(headerLines)) {
@@ -93,7 +98,9 @@ ParseResult parse(const QString &text)
             continue;
         result.matter.insert(key.toString(), trimSpacesAndTabs(line.sliced(colon + 1)).toString());
     }
-    result.body = text.sliced(bodyStart);
+    headerLines.clear(); // they view the text that becomes the body
+    text.remove(0, bodyStart);
+    result.body = std::move(text);
     return result;
 }
 

@@ -16,6 +16,8 @@ struct ParseResult
 };
 
 ParseResult parse(const QString &text);
+// The same, reusing `text`'s memory for the body instead of copying it.
+ParseResult parse(QString &&text);
 QStringList parseList(const QString &value);
 QString serialize(const PromptFrontMatter &matter);
 

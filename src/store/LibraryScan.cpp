@@ -167,7 +167,7 @@ std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest
     std::optional<QString> text = decodeUtf8(bytes);
     if (!text)
         return std::nullopt;
-    FrontMatter::ParseResult parsed = FrontMatter::parse(*text);
+    FrontMatter::ParseResult parsed = FrontMatter::parse(std::move(*text));
     Prompt prompt;
     prompt.id = request.projectName + u'/' + request.fileName;
     prompt.projectName = request.projectName;
