@@ -113,7 +113,12 @@ void TestQueries::fastSearchesAgreeWithThePlainRule()
             for (const qsizetype index : LibraryQueries::searchIndices(all, query))
                 prepared.append(all[index].id);
             QCOMPARE(prepared, plain);
-            QCOMPARE(ids(FileSearch::search(dir.path(), query)), plain);
+            const QList<FileSearch::Match> fromFiles = FileSearch::search(dir.path(), query);
+            QCOMPARE(ids(fromFiles), plain);
+            for (const FileSearch::Match &match : fromFiles) {
+                QCOMPARE(match.displayTitle, library.prompt(match.id)->displayTitle());
+                QVERIFY(FileSearch::load(match) == library.prompt(match.id));
+            }
             // Typing on: what contains the longer query is among the earlier results.
             if (!previousQuery.isEmpty() && query.trimmed().toLower().contains(previousQuery.trimmed().toLower())) {
                 QStringList narrowed;

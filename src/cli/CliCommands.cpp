@@ -58,6 +58,7 @@ QString quoted(const QString &text)
 
 // Prompts as lines or as a JSON array, written to `sink` in pieces as they
 // are made: the output of a large library is never whole in memory.
+// `prompt(i)` gives the i-th prompt, or nullptr to leave it out.
 template<typename Each>
 CliResult promptList(const CliArguments &args, const CliSink &sink, qsizetype count, Each prompt)
 {
@@ -66,14 +67,17 @@ CliResult promptList(const CliArguments &args, const CliSink &sink, qsizetype co
     out.reserve(flushAt + 4096);
     if (args.json)
         out += '[';
+    bool first = true;
     for (qsizetype i = 0; i < count; ++i) {
-        const Prompt &p = prompt(i);
+        const Prompt *p = prompt(i);
+        if (!p)
+            continue;
         if (args.json) {
-            if (i > 0)
+            if (!std::exchange(first, false))
                 out += ',';
-            JsonOutput::appendPrompt(&out, p);
+            JsonOutput::appendPrompt(&out, *p);
         } else {
-            out += (p.id + u'\t' + p.displayTitle() + u'\n').toUtf8();
+            out += (p->id + u'\t' + p->displayTitle() + u'\n').toUtf8();
         }
         if (out.size() >= flushAt) {
             sink(out);
@@ -88,7 +92,30 @@ CliResult promptList(const CliArguments &args, const CliSink &sink, qsizetype co
 
 CliResult promptList(const CliArguments &args, const CliSink &sink, const QList<Prompt> &prompts)
 {
-    return promptList(args, sink, prompts.size(), [&](qsizetype i) -> const Prompt & { return prompts[i]; });
+    return promptList(args, sink, prompts.size(), [&](qsizetype i) { return &prompts[i]; });
+}
+
+// Searching once needs no loaded library: the files are read and only those
+// that could hold the query are parsed. Lines need only what the search kept;
+// JSON reads each found prompt again as it is written.
+CliResult searchFiles(const QString &root, const CliArguments &args, const CliSink &sink)
+{
+    const QList<FileSearch::Match> matches = FileSearch::search(root, args.positional.value(0));
+    if (!args.json) {
+        QByteArray out;
+        for (const FileSearch::Match &match : matches) {
+            out += (match.id + u'\t' + match.displayTitle + u'\n').toUtf8();
+            if (out.size() > 64 * 1024)
+                sink(std::exchange(out, {}));
+        }
+        sink(out);
+        return success();
+    }
+    std::optional<Prompt> current;
+    return promptList(args, sink, matches.size(), [&](qsizetype i) -> const Prompt * {
+        current = FileSearch::load(matches[i]);
+        return current ? &*current : nullptr;
+    });
 }
 
 CliResult stringList(const CliArguments &args, const QStringList &strings)
@@ -118,13 +145,6 @@ std::optional<QString> readUtf8Input(const QString &file, QString *error)
         return std::nullopt;
     }
     return text;
-}
-
-// Searching once needs no loaded library: the files are read and only those
-// that could hold the query are parsed.
-CliResult searchFiles(const QString &root, const CliArguments &args, const CliSink &sink)
-{
-    return promptList(args, sink, FileSearch::search(root, args.positional.value(0)));
 }
 
 class Commands

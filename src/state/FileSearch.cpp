@@ -1,6 +1,8 @@
 #include "FileSearch.h"
 
+#include "AsciiText.h"
 #include "FileOps.h"
+#include "FrontMatter.h"
 #include "LibraryQueries.h"
 #include "LibraryScan.h"
 
@@ -8,7 +10,11 @@
 #include <QDebug>
 #include <QLocale>
 
+#include <QFile>
+
+#include <fcntl.h>
 #include <string.h>
+#include <unistd.h>
 
 namespace FileSearch {
 
@@ -19,11 +25,14 @@ struct Candidate
     qsizetype folder;
     qsizetype listed; // position in the folder's listing
     QString name;
+    QByteArray encodedName;
 };
 
 struct Found
 {
-    Prompt prompt;
+    Match match;
+    bool pinned;
+    qint64 time;
     qsizetype folder;
     qsizetype listed;
 };
@@ -33,29 +42,43 @@ bool isAscii(const QByteArray &bytes)
     return QtPrivate::isAscii(QLatin1StringView(bytes));
 }
 
-// Whether a file's raw text could hold the needle. Every field the search
-// looks at is a stretch of the file (title, tags, body), so for ASCII text a
-// needle that is not in the lower-cased file is in none of them. The one
-// text that is not in the file is the "New prompt" shown for a blank title.
-// Other text is lower-cased by Unicode rules, so it is always parsed.
-bool couldMatch(const QByteArray &bytes, const QByteArray &needle, bool needleIsAscii, bool inDefaultTitle)
+// The header of an ASCII file parsed on its own, and where the body starts
+// (in ASCII a character is a byte); nullopt when only parsing the whole text
+// can tell (the header found must close exactly where the scan says).
+struct Header
 {
-    if (inDefaultTitle || !isAscii(bytes))
-        return true;
-    if (!needleIsAscii)
-        return false;
-    thread_local QByteArray lowered;
-    lowered.resize(bytes.size());
-    const char *from = bytes.constData();
-    char *to = lowered.data();
-    for (qsizetype i = 0; i < bytes.size(); ++i)
-        to[i] = char(from[i] >= 'A' && from[i] <= 'Z' ? from[i] + 32 : from[i]);
-    return ::memmem(to, size_t(lowered.size()), needle.constData(), size_t(needle.size())) != nullptr;
+    PromptFrontMatter matter;
+    qsizetype bodyStart;
+};
+
+std::optional<Header> asciiHeader(const QByteArray &bytes)
+{
+    if (!bytes.startsWith("---\n") && !bytes.startsWith("---\r\n"))
+        return Header{{}, 0}; // no front matter: all of it is the body
+    for (qsizetype lineStart = 4; lineStart < bytes.size();) {
+        qsizetype lineEnd = bytes.indexOf('\n', lineStart);
+        const qsizetype next = lineEnd < 0 ? bytes.size() : lineEnd + 1;
+        if (lineEnd < 0)
+            lineEnd = bytes.size();
+        QByteArrayView line = QByteArrayView(bytes).sliced(lineStart, lineEnd - lineStart);
+        while (!line.isEmpty() && (line.front() == ' ' || line.front() == '\t'))
+            line = line.sliced(1);
+        while (!line.isEmpty() && (line.back() == ' ' || line.back() == '\t'))
+            line.chop(1);
+        if (line == "---") {
+            const FrontMatter::ParseResult parsed = FrontMatter::parse(QString::fromLatin1(bytes.left(next)));
+            if (!parsed.body.isEmpty())
+                return std::nullopt;
+            return Header{FrontMatter::fromMatter(parsed.matter), next};
+        }
+        lineStart = next;
+    }
+    return std::nullopt;
 }
 
 } // namespace
 
-QList<Prompt> search(const QString &root, const QString &query)
+QList<Match> search(const QString &root, const QString &query)
 {
     const LibraryQueries::QueryMatcher matcher(query);
     if (matcher.isEmpty())
@@ -79,8 +102,12 @@ QList<Prompt> search(const QString &root, const QString &query)
         if (!listing)
             continue;
         for (qsizetype i = 0; i < listing->files.size(); ++i)
-            files.append({f, i, listing->files[i].name});
+            files.append({f, i, listing->files[i].name, QFile::encodeName(listing->files[i].name)});
     }
+    // Each folder opened once; its files are opened relative to it.
+    QList<int> folderFds;
+    for (const QString &project : std::as_const(*projects))
+        folderFds.append(::open(QFile::encodeName(root + u'/' + project).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 
     QList<std::optional<Found>> found(files.size());
     QList<qint64> tooLarge(files.size(), -1);
@@ -88,22 +115,54 @@ QList<Prompt> search(const QString &root, const QString &query)
         const Candidate &file = files[i];
         const QString folder = root + u'/' + projects->at(file.folder);
         LibraryScan::ReadRequest request{folder, file.name, projects->at(file.folder), {}};
-        FileOps::ReadFailure failure = FileOps::ReadFailure::None;
-        const std::optional<QByteArray> bytes = FileOps::readRegularFile(
-            folder + u'/' + file.name, LibraryScan::maxPromptFileBytes, &failure, &request.stamp.modifiedNs);
+        bool tooBig = false;
+        const int folderFd = folderFds[file.folder];
+        const std::optional<QByteArray> bytes =
+            folderFd < 0 ? std::nullopt : LibraryScan::readFileAt(folderFd, file.encodedName, &request.stamp.modifiedNs, &tooBig);
         if (!bytes) {
-            if (failure == FileOps::ReadFailure::TooLarge) {
+            if (tooBig) {
                 const std::optional<LibraryScan::FileStamp> stamp = LibraryScan::stampOf(folder + u'/' + file.name);
                 tooLarge[i] = stamp ? stamp->size : 0;
             }
             return;
         }
-        if (!couldMatch(*bytes, needle, needleIsAscii, inDefaultTitle))
-            return;
-        std::optional<Prompt> prompt = LibraryScan::promptFromBytes(*bytes, request, false);
+        const auto keep = [&](const QString &id, const QString &displayTitle, bool pinned) {
+            found[i] = Found{{folder, file.name, request.projectName, id, displayTitle}, pinned,
+                             request.stamp.modifiedNs / 1000000, file.folder, file.listed};
+        };
+        // Every field the search looks at is a stretch of the file (title,
+        // tags, body), so ASCII text that does not hold the needle matches
+        // only through the "New prompt" a blank title shows. Other text is
+        // lower-cased by Unicode rules, so it is always parsed whole.
+        thread_local QByteArray lowered;
+        lowered.resize(bytes->size());
+        char *to = lowered.data();
+        if (AsciiText::lowerInto(bytes->constData(), to, bytes->size())) {
+            if (!needleIsAscii)
+                return;
+            const auto holds = [&](qsizetype from) {
+                return ::memmem(to + from, size_t(lowered.size() - from), needle.constData(), size_t(needle.size()))
+                    != nullptr;
+            };
+            if (!inDefaultTitle && !holds(0))
+                return;
+            // The header alone decides the title and tags; the body is the rest.
+            if (const std::optional<Header> header = asciiHeader(*bytes)) {
+                Prompt head;
+                head.frontMatter = header->matter;
+                if (matcher.matches(head) || holds(header->bodyStart))
+                    keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
+                return;
+            }
+        }
+        const std::optional<Prompt> prompt = LibraryScan::promptFromBytes(*bytes, request, false);
         if (prompt && matcher.matches(*prompt))
-            found[i] = Found{std::move(*prompt), file.folder, file.listed};
+            keep(prompt->id, prompt->displayTitle(), prompt->frontMatter.pinned);
     });
+    for (const int fd : std::as_const(folderFds)) {
+        if (fd >= 0)
+            ::close(fd);
+    }
     const auto size = [](qint64 bytes) { return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeIecFormat); };
     for (qsizetype i = 0; i < files.size(); ++i) {
         if (tooLarge[i] >= 0)
@@ -119,19 +178,25 @@ QList<Prompt> search(const QString &root, const QString &query)
             matches.push_back(&*f);
     }
     std::sort(matches.begin(), matches.end(), [](const Found *a, const Found *b) {
-        if (a->prompt.frontMatter.pinned != b->prompt.frontMatter.pinned)
-            return a->prompt.frontMatter.pinned;
-        const qint64 aTime = a->prompt.modifiedAt.toMSecsSinceEpoch();
-        const qint64 bTime = b->prompt.modifiedAt.toMSecsSinceEpoch();
-        if (aTime != bTime)
-            return aTime > bTime;
+        if (a->pinned != b->pinned)
+            return a->pinned;
+        if (a->time != b->time)
+            return a->time > b->time;
         return a->folder != b->folder ? a->folder < b->folder : a->listed < b->listed;
     });
-    QList<Prompt> results;
+    QList<Match> results;
     results.reserve(qsizetype(matches.size()));
     for (Found *f : matches)
-        results.append(std::move(f->prompt));
+        results.append(std::move(f->match));
     return results;
+}
+
+std::optional<Prompt> load(const Match &match)
+{
+    LibraryScan::ReadRequest request{match.folder, match.fileName, match.projectName, {}};
+    const std::optional<QByteArray> bytes = FileOps::readRegularFile(
+        match.folder + u'/' + match.fileName, LibraryScan::maxPromptFileBytes, nullptr, &request.stamp.modifiedNs);
+    return bytes ? LibraryScan::promptFromBytes(*bytes, request, false) : std::nullopt;
 }
 
 } // namespace FileSearch

@@ -193,6 +193,35 @@ namespace {
 // folder (no path to resolve again), read in one go sized from that stat.
 // Non-blocking and bounded, so a file that became a pipe or a device since
 // the stat neither blocks nor runs on.
+std::optional<QByteArray> readOpened(int fd, qint64 expectedSize, bool *tooLarge)
+{
+    if (expectedSize > maxPromptFileBytes) {
+        *tooLarge = true;
+        return std::nullopt;
+    }
+    QByteArray bytes(qMax<qint64>(expectedSize, 0) + 1, Qt::Uninitialized);
+    qsizetype filled = 0;
+    for (;;) {
+        if (filled == bytes.size()) {
+            if (bytes.size() > maxPromptFileBytes) {
+                *tooLarge = true;
+                return std::nullopt;
+            }
+            bytes.resize(bytes.size() + 4096); // it grew since the stat
+        }
+        const ssize_t n = ::read(fd, bytes.data() + filled, size_t(bytes.size() - filled));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return std::nullopt;
+        if (n == 0)
+            break;
+        filled += n;
+    }
+    bytes.truncate(filled);
+    return bytes;
+}
+
 std::optional<QByteArray> readListedFile(int folderFd, const QString &name, qint64 expectedSize, bool *tooLarge)
 {
     if (expectedSize > maxPromptFileBytes) {
@@ -202,35 +231,28 @@ std::optional<QByteArray> readListedFile(int folderFd, const QString &name, qint
     const int fd = ::openat(folderFd, QFile::encodeName(name).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return std::nullopt;
-    QByteArray bytes(qMax<qint64>(expectedSize, 0) + 1, Qt::Uninitialized);
-    qsizetype filled = 0;
-    bool failed = false;
-    for (;;) {
-        if (filled == bytes.size()) {
-            if (bytes.size() > maxPromptFileBytes) {
-                *tooLarge = true;
-                failed = true;
-                break;
-            }
-            bytes.resize(bytes.size() + 4096); // it grew since the stat
-        }
-        const ssize_t n = ::read(fd, bytes.data() + filled, size_t(bytes.size() - filled));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0) {
-            failed = n < 0;
-            break;
-        }
-        filled += n;
-    }
+    std::optional<QByteArray> bytes = readOpened(fd, expectedSize, tooLarge);
     ::close(fd);
-    if (failed)
-        return std::nullopt;
-    bytes.truncate(filled);
     return bytes;
 }
 
 } // namespace
+
+std::optional<QByteArray> readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge)
+{
+    const int fd = ::openat(folderFd, name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    struct stat st;
+    std::optional<QByteArray> bytes;
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) {
+        const auto modified = FileOps::modificationTime(st);
+        *modifiedNs = qint64(modified.tv_sec) * 1000000000 + modified.tv_nsec;
+        bytes = readOpened(fd, st.st_size, tooLarge);
+    }
+    ::close(fd);
+    return bytes;
+}
 
 QList<ReadResult> readPrompts(const QList<ReadRequest> &requests, bool searchTexts)
 {

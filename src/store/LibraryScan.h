@@ -75,6 +75,10 @@ inline constexpr qint64 maxOrderFileBytes = qint64(16) << 20;
 // With `searchTexts`, each prompt's search text is made as well.
 QList<ReadResult> readPrompts(const QList<ReadRequest> &requests, bool searchTexts = true);
 
+// Reads a regular file of at most maxPromptFileBytes named relative to an
+// open folder, without blocking on a pipe; gives its modification time.
+std::optional<QByteArray> readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge);
+
 // One prompt from a file's bytes; nullopt when they are not UTF-8.
 std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest &request, bool searchText);
 

@@ -1,5 +1,7 @@
 #include "Prompt.h"
 
+#include "AsciiText.h"
+
 QString Prompt::fileName() const
 {
     // The id ends in the file name; reading it there spares decoding the URL,
@@ -59,9 +61,7 @@ QByteArray Prompt::makeSearchText(const QString &displayTitle, QByteArrayView as
     text.append('\0');
     const qsizetype start = text.size();
     text.resize(start + asciiBody.size());
-    char *to = text.data() + start;
-    for (const char c : asciiBody)
-        *to++ = char(c >= 'A' && c <= 'Z' ? c + 32 : c);
+    AsciiText::lowerInto(asciiBody.data(), text.data() + start, asciiBody.size());
     for (const QString &tag : tags) {
         text.append('\0');
         appendLowered(&text, tag);
