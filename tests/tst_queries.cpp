@@ -105,6 +105,7 @@ void TestQueries::fastSearchesAgreeWithThePlainRule()
         write(dir.path() + u"/Work/not-utf8.md", "title \xff\xfe refactor", at(1));
         PromptLibrary library(QUrl::fromLocalFile(dir.path()));
         const QList<Prompt> &all = library.prompts();
+        QCOMPARE(ids(FileSearch::all(dir.path())), ids(all));
         QList<qsizetype> previous;
         QString previousQuery;
         for (const QString &query : queries) {

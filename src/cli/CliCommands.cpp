@@ -3,6 +3,7 @@
 #include "AppState.h"
 #include "FileSearch.h"
 #include "JsonOutput.h"
+#include "LibraryScan.h"
 #include "LibraryQueries.h"
 #include "Organizer.h"
 #include "PromptLibrary.h"
@@ -98,9 +99,8 @@ CliResult promptList(const CliArguments &args, const CliSink &sink, const QList<
 // Searching once needs no loaded library: the files are read and only those
 // that could hold the query are parsed. Lines need only what the search kept;
 // JSON reads each found prompt again as it is written.
-CliResult searchFiles(const QString &root, const CliArguments &args, const CliSink &sink)
+CliResult matchList(const QList<FileSearch::Match> &matches, const CliArguments &args, const CliSink &sink)
 {
-    const QList<FileSearch::Match> matches = FileSearch::search(root, args.positional.value(0));
     if (!args.json) {
         QByteArray out;
         for (const FileSearch::Match &match : matches) {
@@ -111,11 +111,35 @@ CliResult searchFiles(const QString &root, const CliArguments &args, const CliSi
         sink(out);
         return success();
     }
-    std::optional<Prompt> current;
-    return promptList(args, sink, matches.size(), [&](qsizetype i) -> const Prompt * {
-        current = FileSearch::load(matches[i]);
-        return current ? &*current : nullptr;
-    });
+    // The whole prompts: read again and written as JSON a block at a time on
+    // all cores, each block sent out in order before the next is made.
+    constexpr qsizetype block = 512;
+    bool first = true;
+    sink("[");
+    for (qsizetype start = 0; start < matches.size(); start += block) {
+        const qsizetype count = qMin(block, matches.size() - start);
+        QList<QByteArray> texts(count);
+        LibraryScan::parallelFor(count, 32, [&](qsizetype i) {
+            if (const std::optional<Prompt> prompt = FileSearch::load(matches[start + i]))
+                JsonOutput::appendPrompt(&texts[i], *prompt);
+        });
+        QByteArray out;
+        for (const QByteArray &text : std::as_const(texts)) {
+            if (text.isEmpty())
+                continue;
+            if (!std::exchange(first, false))
+                out += ',';
+            out += text;
+        }
+        sink(out);
+    }
+    sink("]\n");
+    return success();
+}
+
+CliResult searchFiles(const QString &root, const CliArguments &args, const CliSink &sink)
+{
+    return matchList(FileSearch::search(root, args.positional.value(0)), args, sink);
 }
 
 CliResult stringList(const CliArguments &args, const QStringList &strings)
@@ -449,6 +473,9 @@ CliResult runCli(const QStringList &arguments, const CliSink &sink)
     }
     if (parsed.arguments->command == u"search")
         return searchFiles(rootPath, *parsed.arguments, sink);
+    // The whole library in its order needs no library in memory either.
+    if (parsed.arguments->command == u"list" && parsed.arguments->options.isEmpty() && parsed.arguments->flags.isEmpty())
+        return matchList(FileSearch::all(rootPath), *parsed.arguments, sink);
     PromptLibrary library(root, nullptr, PromptLibrary::Use::OneShot);
     return runCliCommand(library, *parsed.arguments, sink);
 }

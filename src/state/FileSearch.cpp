@@ -76,6 +76,8 @@ std::optional<Header> asciiHeader(const QByteArray &bytes)
     return std::nullopt;
 }
 
+QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *matcher);
+
 } // namespace
 
 QList<Match> search(const QString &root, const QString &query)
@@ -83,9 +85,23 @@ QList<Match> search(const QString &root, const QString &query)
     const LibraryQueries::QueryMatcher matcher(query);
     if (matcher.isEmpty())
         return {};
-    const QByteArray needle = matcher.needle().toUtf8();
+    return scan(root, &matcher);
+}
+
+QList<Match> all(const QString &root)
+{
+    return scan(root, nullptr);
+}
+
+namespace {
+
+// The prompts of the library at `root` that `matcher` accepts (all of them
+// without one), in library order.
+QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *matcher)
+{
+    const QByteArray needle = matcher ? matcher->needle().toUtf8() : QByteArray();
     const bool needleIsAscii = isAscii(needle);
-    const bool inDefaultTitle = QStringLiteral("new prompt").contains(matcher.needle());
+    const bool inDefaultTitle = matcher && QStringLiteral("new prompt").contains(matcher->needle());
 
     // Projects as the library orders them, then their files as listed.
     std::optional<QStringList> projects = LibraryScan::listProjects(root);
@@ -130,6 +146,20 @@ QList<Match> search(const QString &root, const QString &query)
             found[i] = Found{{folder, file.name, request.projectName, id, displayTitle}, pinned,
                              request.stamp.modifiedNs / 1000000, file.folder, file.listed};
         };
+        if (!matcher) {
+            // Everything is kept: what the listing shows comes from the header.
+            if (isAscii(*bytes)) {
+                if (const std::optional<Header> header = asciiHeader(*bytes)) {
+                    Prompt head;
+                    head.frontMatter = header->matter;
+                    keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
+                    return;
+                }
+            }
+            if (const std::optional<Prompt> prompt = LibraryScan::promptFromBytes(*bytes, request, false))
+                keep(prompt->id, prompt->displayTitle(), prompt->frontMatter.pinned);
+            return;
+        }
         // Every field the search looks at is a stretch of the file (title,
         // tags, body), so ASCII text that does not hold the needle matches
         // only through the "New prompt" a blank title shows. Other text is
@@ -150,13 +180,13 @@ QList<Match> search(const QString &root, const QString &query)
             if (const std::optional<Header> header = asciiHeader(*bytes)) {
                 Prompt head;
                 head.frontMatter = header->matter;
-                if (matcher.matches(head) || holds(header->bodyStart))
+                if (matcher->matches(head) || holds(header->bodyStart))
                     keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
                 return;
             }
         }
         const std::optional<Prompt> prompt = LibraryScan::promptFromBytes(*bytes, request, false);
-        if (prompt && matcher.matches(*prompt))
+        if (prompt && matcher->matches(*prompt))
             keep(prompt->id, prompt->displayTitle(), prompt->frontMatter.pinned);
     });
     for (const int fd : std::as_const(folderFds)) {
@@ -190,6 +220,8 @@ QList<Match> search(const QString &root, const QString &query)
         results.append(std::move(f->match));
     return results;
 }
+
+} // namespace
 
 std::optional<Prompt> load(const Match &match)
 {

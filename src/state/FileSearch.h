@@ -27,6 +27,9 @@ struct Match
 // so memory stays small whatever the library holds.
 QList<Match> search(const QString &root, const QString &query);
 
+// Every prompt, in library order, the same way.
+QList<Match> all(const QString &root);
+
 // The whole prompt of a match, read again from its file (nullopt when it
 // went away or stopped being a prompt meanwhile).
 std::optional<Prompt> load(const Match &match);
