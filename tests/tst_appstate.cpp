@@ -1,4 +1,5 @@
 #include "AppState.h"
+#include "LibraryQueries.h"
 #include "ProjectNamePrompter.h"
 #include "PromptLibrary.h"
 #include "TestFiles.h"
@@ -35,6 +36,7 @@ class TestAppState : public QObject
 private Q_SLOTS:
     void init();
     void debouncedSaveWritesOnceAfterTheLastEdit();
+    void searchFollowsTypingAndTheLibrary();
     void laterPromptReplacesThePendingOne();
     void flushWritesAtOnceAndCancelsTheTimer();
     void createNewPromptReusesABlankOne();
@@ -316,6 +318,30 @@ void TestAppState::anotherProgramsChangeIsMergedOrKept()
     m_state->flushPendingSave();
     QCOMPARE(read(path("Inbox/a.md")), "---\ntitle: Mine\n---\n\nmine again");
     QCOMPARE(m_state->overwrittenVersion(a.id)->body, u"\ntheirs again");
+}
+
+void TestAppState::searchFollowsTypingAndTheLibrary()
+{
+    // Typed a key at a time, deleted back, and across a change of the
+    // library: always what the plain rule finds then.
+    write(path("Work/c.md"), "---\ntitle: Body of work\n---\n\nnothing", at(0));
+    m_library->reload();
+    const auto expect = [&](const char *query) {
+        m_state->setSearchQuery(QString::fromUtf8(query));
+        QCOMPARE(ids(m_state->searchResults()),
+                 ids(LibraryQueries::searchResults(m_library->prompts(), QString::fromUtf8(query))));
+    };
+    for (const char *query : {"b", "bo", "bod", "body", "body ", "body b", "body", "bo", "body b"})
+        expect(query);
+    QCOMPARE(ids(m_state->searchResults()), QStringList{"Work/b.md"});
+
+    Prompt edited = prompt("Inbox/a.md");
+    edited.body = QStringLiteral("\nbody b too");
+    m_library->save(edited);
+    expect("body b");
+    QCOMPARE(m_state->searchResults().size(), 2);
+    expect("body");
+    QCOMPARE(m_state->searchResults().size(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestAppState)

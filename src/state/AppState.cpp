@@ -61,15 +61,30 @@ bool AppState::isSearching() const
 const QList<qsizetype> &AppState::searchResultIndices() const
 {
     const QString needle = m_searchQuery.trimmed().toLower();
-    const bool current = m_searchMemo && m_searchMemo->libraryRevision == m_libraryRevision;
-    if (current && m_searchMemo->needle == needle)
-        return m_searchMemo->indices;
-    // Typing on narrows: what contains the new query contains the old one.
-    const bool narrows = current && !m_searchMemo->needle.isEmpty() && needle.contains(m_searchMemo->needle);
+    if (m_searchMemoRevision != m_libraryRevision) {
+        m_searchMemos.clear();
+        m_searchMemoRevision = m_libraryRevision;
+    }
+    // The queries of the last keystrokes: deleting back to one is free, and
+    // typing on looks only through the results of the longest query the new
+    // one contains (whatever contains the new one contains that one).
+    const SearchMemo *narrowest = nullptr;
+    for (qsizetype i = 0; i < m_searchMemos.size(); ++i) {
+        if (m_searchMemos[i].needle == needle) {
+            m_searchMemos.move(i, m_searchMemos.size() - 1);
+            return m_searchMemos.last().indices;
+        }
+        if (!m_searchMemos[i].needle.isEmpty() && needle.contains(m_searchMemos[i].needle)
+            && (!narrowest || m_searchMemos[i].indices.size() < narrowest->indices.size()))
+            narrowest = &m_searchMemos[i];
+    }
     QList<qsizetype> indices = LibraryQueries::searchIndices(m_library->prompts(), m_searchQuery,
-                                                             narrows ? &m_searchMemo->indices : nullptr);
-    m_searchMemo = SearchMemo{needle, m_libraryRevision, std::move(indices)};
-    return m_searchMemo->indices;
+                                                             narrowest ? &narrowest->indices : nullptr);
+    constexpr qsizetype remembered = 32;
+    if (m_searchMemos.size() == remembered)
+        m_searchMemos.removeFirst();
+    m_searchMemos.append({needle, std::move(indices)});
+    return m_searchMemos.last().indices;
 }
 
 QList<Prompt> AppState::searchResults() const

@@ -97,15 +97,15 @@ private:
     ProjectNamePrompter *m_projectNamePrompter = nullptr;
     Alerts *m_alerts = nullptr;
 
-    // Several views ask for the results of one query after each change; the
-    // scan runs once per query and library state, and a query typed on only
-    // looks through the results of the one before.
+    // Several views ask for the results of one query after each change, and
+    // queries come a keystroke at a time: the results of the last queries
+    // are kept for as long as the library does not change.
     struct SearchMemo
     {
         QString needle; // the query trimmed and lower-cased
-        quint64 libraryRevision = 0;
         QList<qsizetype> indices;
     };
-    mutable std::optional<SearchMemo> m_searchMemo;
+    mutable QList<SearchMemo> m_searchMemos; // oldest first
+    mutable quint64 m_searchMemoRevision = 0;
     quint64 m_libraryRevision = 0;
 };
