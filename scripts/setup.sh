@@ -38,6 +38,8 @@ packages=(
     fonts-dejavu-core
     xvfb xauth xdg-utils
     libx11-dev libxtst-dev
+    # A private session bus for the tests of the desktop's D-Bus services.
+    dbus
     # The install's checks: desktop entry, AppStream metainfo, man page,
     # Info.plist and the zsh completion.
     desktop-file-utils appstream groff-base libxml2-utils zsh
