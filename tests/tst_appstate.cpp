@@ -37,6 +37,7 @@ private Q_SLOTS:
     void init();
     void debouncedSaveWritesOnceAfterTheLastEdit();
     void searchFollowsTypingAndTheLibrary();
+    void newPromptRightAfterTypingInABlankOne();
     void laterPromptReplacesThePendingOne();
     void flushWritesAtOnceAndCancelsTheTimer();
     void createNewPromptReusesABlankOne();
@@ -342,6 +343,21 @@ void TestAppState::searchFollowsTypingAndTheLibrary()
     QCOMPARE(m_state->searchResults().size(), 2);
     expect("body");
     QCOMPARE(m_state->searchResults().size(), 3);
+}
+
+void TestAppState::newPromptRightAfterTypingInABlankOne()
+{
+    // Ctrl+N, type, Ctrl+N again before the autosave: the first prompt keeps
+    // what was typed and a second one is made.
+    m_state->createNewPromptInRecent();
+    Prompt first = *m_state->selectedPrompt();
+    first.body = QStringLiteral("\nThird body");
+    m_state->scheduleSave(first);
+    m_state->createNewPromptInRecent();
+    const std::optional<Prompt> second = m_state->selectedPrompt();
+    QVERIFY(second);
+    QVERIFY(second->id != first.id);
+    QCOMPARE(m_library->prompt(first.id)->body, u"\nThird body");
 }
 
 QTEST_GUILESS_MAIN(TestAppState)

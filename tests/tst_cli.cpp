@@ -24,6 +24,7 @@ private Q_SLOTS:
     void defaultRootAndTrashInAFreshHome();
     void repeatedOrderEntryStops();
     void saysWhatHappened();
+    void titlesStayOnOneLine();
     void placeBeforeARow();
     void placeIntoASection();
     void placeSection();
@@ -271,6 +272,21 @@ void TestCli::repeatedOrderEntryStops()
     QVERIFY(run.status == QProcess::CrashExit || run.exitCode != 0);
     QVERIFY2(run.err.contains("Duplicate values for key: 'Inbox'"), run.err.constData());
     QVERIFY(run.out.isEmpty());
+}
+
+void TestCli::titlesStayOnOneLine()
+{
+    // A line break in a title would end its header line: what follows would
+    // become other keys, or the end of the header and a new body.
+    const Run run = cli({QStringLiteral("new"), QStringLiteral("--title"), QStringLiteral("x\n---\nINJECTED\r\npinned: true"),
+                         QStringLiteral("--body"), QStringLiteral("real body")});
+    QCOMPARE(run.exitCode, 0);
+    const QString id = QString::fromUtf8(run.out.trimmed());
+    const QJsonObject prompt = json({QStringLiteral("show"), id}).toObject();
+    // Quoted for its colon, as every title with one is.
+    QCOMPARE(prompt.value("title").toString(), u"\"x --- INJECTED pinned: true\"");
+    QCOMPARE(prompt.value("body").toString(), u"\nreal body");
+    QCOMPARE(prompt.value("pinned").toBool(), false);
 }
 
 void TestCli::saysWhatHappened()

@@ -218,6 +218,19 @@ void TestDetail::fillSheetCopiesFilledTextOrNothing()
     m_view->copyAction();
     m_view->fillSheet()->findChild<QPushButton *>(QStringLiteral("copyButton"))->click();
     QCOMPARE(QGuiApplication::clipboard()->text(), u"\nHello {{name}}, {{ place }}!");
+
+    // In a value field Return is a new line and Ctrl+Return copies.
+    m_view->copyAction();
+    sheet = m_view->fillSheet();
+    QPlainTextEdit *name = sheet->field(QStringLiteral("name"));
+    name->setFocus();
+    QTest::keyClicks(name, QStringLiteral("A"));
+    QTest::keyClick(name, Qt::Key_Return);
+    QTest::keyClicks(name, QStringLiteral("B"));
+    QVERIFY(sheet->isVisible());
+    QTest::keyClick(name, Qt::Key_Return, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), u"\nHello A\nB, {{ place }}!");
+    QTRY_VERIFY(!sheet);
 }
 
 void TestDetail::rawCopiesTemplateAndPanelCounts()

@@ -67,6 +67,7 @@ private Q_SLOTS:
     void handoffFootnotesNameThePlatformsTerms();
     void handoffButtonFollowsTheSettings();
     void iconsFollowAnAppearanceSwitch();
+    void welcomeFollowsAnAppearanceSwitch();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -597,6 +598,31 @@ void TestMainWindow::iconsFollowAnAppearanceSwitch()
                      qPrintable(seen.name() + u" for " + expected.name() + u" in " + QLatin1StringView(appearance)));
         }
     }
+}
+
+void TestMainWindow::welcomeFollowsAnAppearanceSwitch()
+{
+#ifndef VESK_APP_PALETTES
+    QSKIP("the system's own appearance switches the palettes");
+#endif
+    // The welcome screen is styled from the palette it was built with; a
+    // switch while it shows must restyle it, both ways.
+    QTemporaryDir empty;
+    VeskApplication app(empty.path() + u"/prompts");
+    app.preferences()->setAppearance(QStringLiteral("light"));
+    app.mainWindow()->resize(920, 640);
+    app.mainWindow()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(app.mainWindow()));
+    const auto background = [&] {
+        QWidget *welcome = app.mainWindow()->findChild<QWidget *>(QStringLiteral("welcome"));
+        const QPoint corner = welcome->mapTo(app.mainWindow(), welcome->rect().bottomLeft() + QPoint(8, -8));
+        return app.mainWindow()->grab().toImage().pixelColor(corner).lightnessF();
+    };
+    QVERIFY(background() > 0.5);
+    app.preferences()->setAppearance(QStringLiteral("dark"));
+    QVERIFY2(background() < 0.5, "the welcome screen stayed light in the dark appearance");
+    app.preferences()->setAppearance(QStringLiteral("light"));
+    QVERIFY(background() > 0.5);
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -7,6 +7,7 @@
 #include "LibraryQueries.h"
 #include "Organizer.h"
 #include "PromptLibrary.h"
+#include "PromptText.h"
 #include "Variables.h"
 #include "VeskConst.h"
 
@@ -308,8 +309,10 @@ private:
                 return line(created->id);
 
             Prompt edited = *created;
+            // One line, as the editor's title field keeps it: a line break
+            // would end the header line and corrupt the file.
             if (title)
-                edited.frontMatter.title = *title;
+                edited.frontMatter.title = PromptText::oneLine(*title);
             // The blank line after the header belongs to the body, as in the editor.
             if (body)
                 edited.body = u'\n' + *body;

@@ -4,7 +4,11 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QPainter>
 #include <QPalette>
+#include <QProxyStyle>
+#include <QStyleOption>
+#include <QWidget>
 #include <QStyle>
 #include <QStyleFactory>
 
@@ -13,6 +17,43 @@
 namespace SystemAppearance {
 
 namespace {
+
+// Fusion outlines boxes, radio buttons and text fields in the window colour
+// made darker, which on a dark window leaves them without a visible edge.
+// In the dark scheme they get a light one.
+class VeskFusionStyle final : public QProxyStyle
+{
+public:
+    VeskFusionStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const bool edged = element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton
+            || element == PE_Frame || element == PE_FrameLineEdit;
+        const QColor window = option->palette.color(QPalette::Window);
+        if (!edged || window.lightnessF() >= 0.5 || option->rect.width() < 4)
+            return;
+        if (element == PE_Frame && widget && !widget->inherits("QAbstractScrollArea"))
+            return;
+        const QColor text = option->palette.color(QPalette::Text);
+        const qreal mix = 0.32;
+        const QColor edge = QColor::fromRgbF(float(window.redF() + (text.redF() - window.redF()) * mix),
+                                             float(window.greenF() + (text.greenF() - window.greenF()) * mix),
+                                             float(window.blueF() + (text.blueF() - window.blueF()) * mix));
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(edge, 1));
+        painter->setBrush(Qt::NoBrush);
+        const QRectF box = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
+        if (element == PE_IndicatorRadioButton)
+            painter->drawEllipse(box.adjusted(0.5, 0.5, -0.5, -0.5));
+        else
+            painter->drawRoundedRect(box, 2, 2);
+        painter->restore();
+    }
+};
 
 QPalette darkPalette()
 {
@@ -128,8 +169,8 @@ bool systemIsDark()
 
 void apply(Scheme scheme)
 {
-    if (QApplication::style()->name().compare(QStringLiteral("fusion"), Qt::CaseInsensitive) != 0)
-        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    if (!dynamic_cast<VeskFusionStyle *>(QApplication::style()))
+        QApplication::setStyle(new VeskFusionStyle);
     const bool dark = scheme == Scheme::Dark || (scheme == Scheme::System && systemIsDark());
     const QPalette palette = dark ? darkPalette() : lightPalette();
     if (palette != QApplication::palette())

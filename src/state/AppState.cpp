@@ -236,6 +236,9 @@ void AppState::forgetOverwrittenVersion(const QString &id)
 
 void AppState::createNewPromptInRecent()
 {
+    // A blank prompt being typed into is not blank any more: write the edit
+    // first, so it is neither reused nor emptied.
+    flushPendingSave();
     const QList<Project> &projects = m_library->projects();
     if (projects.isEmpty())
         return;

@@ -30,3 +30,23 @@ QString counted(qsizetype count, const QString &noun)
 }
 
 } // namespace PromptText
+
+QString PromptText::oneLine(const QString &text)
+{
+    const auto isLineBreak = [](QChar c) {
+        return c == u'\n' || c == u'\r' || c == u'\v' || c == u'\f' || c == QChar(0x85) || c == QChar::LineSeparator
+            || c == QChar::ParagraphSeparator;
+    };
+    QString clean;
+    clean.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (!isLineBreak(text[i])) {
+            clean.append(text[i]);
+            continue;
+        }
+        clean.append(u' ');
+        if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
+            ++i; // one break, one space
+    }
+    return clean;
+}

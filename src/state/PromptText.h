@@ -10,6 +10,11 @@ namespace PromptText {
 // emoji or a CR LF pair is never split.
 QString preview(const QString &body, int limit);
 
+// A title on one line: each line break (a CR LF pair, a line feed, a
+// carriage return, the Unicode line and paragraph separators…) one space.
+// A header line that held one would break the file.
+QString oneLine(const QString &text);
+
 // "1 variable", "2 variables"; "1 result", "3 results".
 QString counted(qsizetype count, const QString &noun);
 

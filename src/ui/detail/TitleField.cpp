@@ -1,16 +1,11 @@
 #include "TitleField.h"
 
 #include "EditorText.h"
+#include "PromptText.h"
 
 #include <QValidator>
 
 namespace {
-
-bool isLineBreak(QChar c)
-{
-    return c == u'\n' || c == u'\r' || c == u'\v' || c == u'\f' || c == QChar(0x85) || c == QChar::LineSeparator
-        || c == QChar::ParagraphSeparator;
-}
 
 // Rewrites what comes in rather than refusing it, so a pasted paragraph
 // still arrives, on one line.
@@ -40,18 +35,7 @@ TitleField::TitleField(QWidget *parent)
 
 QString TitleField::withoutLineBreaks(const QString &text)
 {
-    QString clean;
-    clean.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (!isLineBreak(text[i])) {
-            clean.append(text[i]);
-            continue;
-        }
-        clean.append(u' ');
-        if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
-            ++i; // one break, one space
-    }
-    return clean;
+    return PromptText::oneLine(text);
 }
 
 void TitleField::showTitle(const QString &title)

@@ -164,6 +164,13 @@ void VariableFillSheet::keyPressEvent(QKeyEvent *event)
         cancel();
         return;
     }
+    // Return makes a new line in a value field, so Ctrl+Return (Cmd+Return)
+    // copies from anywhere in the sheet.
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        && (event->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier) {
+        findChild<QPushButton *>(QStringLiteral("copyButton"))->click();
+        return;
+    }
     QDialog::keyPressEvent(event);
 }
 

@@ -8,6 +8,7 @@
 #include "Preferences.h"
 #include "PromptLibrary.h"
 #include "SettingsWindow.h"
+#include "WelcomeView.h"
 #include "platform/SystemAppearance.h"
 #include "ui/detail/PromptDetailView.h"
 
@@ -50,7 +51,6 @@ void VeskApplication::applyIdentity()
     QCoreApplication::setOrganizationName(AppIdentity::applicationName.toString());
     QCoreApplication::setOrganizationDomain(AppIdentity::organizationDomain.toString());
     QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
-    QGuiApplication::setApplicationDisplayName(AppIdentity::applicationName.toString());
     QGuiApplication::setDesktopFileName(AppIdentity::appId.toString());
 }
 
@@ -74,6 +74,8 @@ void VeskApplication::updateAppAppearance()
 {
     // "opposite" reads the desktop's scheme at the moment of the call.
     SystemAppearance::apply(schemeForAppearance(m_preferences->appearance(), SystemAppearance::systemIsDark()));
+    if (m_window)
+        m_window->welcome()->followAppPalette();
 }
 
 void VeskApplication::reloadFromDisk()

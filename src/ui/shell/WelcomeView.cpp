@@ -203,6 +203,26 @@ void WelcomeView::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
 }
 
+bool WelcomeView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ApplicationPaletteChange) {
+        const bool handled = QWidget::event(event);
+        followAppPalette();
+        return handled;
+    }
+    return QWidget::event(event);
+}
+
+void WelcomeView::followAppPalette()
+{
+    // Widgets under a style sheet keep the palette they were polished with
+    // when the application's changes: drop the sheet, take the application's
+    // palette, and style again from it.
+    setStyleSheet(QString());
+    setPalette(QPalette());
+    restyle();
+}
+
 void WelcomeView::restyle()
 {
     const QPalette &p = palette();

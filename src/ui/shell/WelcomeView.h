@@ -13,9 +13,12 @@ class WelcomeView : public QWidget
 public:
     explicit WelcomeView(AppState *state, QWidget *parent = nullptr);
     QPushButton *createButton() const { return m_create; }
+    // Restyles from the application's palette after an appearance switch.
+    void followAppPalette();
 
 protected:
     void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
     QWidget *step(int number, const QString &title, const QString &description, const QString &shortcut);

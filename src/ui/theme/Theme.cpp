@@ -26,10 +26,15 @@ QFont monospaceFont(qreal points, QFont::Weight weight)
 }
 
 namespace {
-QColor withAlpha(QColor color, qreal alpha)
+// The text colour at `alpha` over the window, as an opaque colour: some
+// paths (labels on X11) draw text without its alpha, and came out black.
+QColor withAlpha(const QPalette &palette, qreal alpha)
 {
-    color.setAlphaF(alpha);
-    return color;
+    const QColor text = palette.color(QPalette::Text);
+    const QColor under = palette.color(QPalette::Window);
+    return QColor::fromRgbF(float(under.redF() + (text.redF() - under.redF()) * alpha),
+                            float(under.greenF() + (text.greenF() - under.greenF()) * alpha),
+                            float(under.blueF() + (text.blueF() - under.blueF()) * alpha));
 }
 } // namespace
 
@@ -40,14 +45,14 @@ QColor primaryText(const QPalette &palette)
 
 QColor secondaryText(const QPalette &palette)
 {
-    return withAlpha(palette.color(QPalette::Text), isDark(palette) ? 0.62 : 0.58);
+    return withAlpha(palette, isDark(palette) ? 0.62 : 0.58);
 }
 
 QColor tertiaryText(const QPalette &palette)
 {
     // The quietest text still reads at 3:1 or better on the window and the
     // text background, in both schemes.
-    return withAlpha(palette.color(QPalette::Text), isDark(palette) ? 0.44 : 0.47);
+    return withAlpha(palette, isDark(palette) ? 0.44 : 0.47);
 }
 
 QColor accent(const QPalette &palette)
@@ -114,6 +119,9 @@ protected:
 void setTextTone(QWidget *widget, Tone tone)
 {
     static ToneKeeper *keeper = new ToneKeeper(qApp);
+    // The tone is the window text; without this, text on a Base background
+    // (the detail area) is drawn in the Text role and stays untoned.
+    widget->setForegroundRole(QPalette::WindowText);
     widget->setProperty(toneProperty, int(tone));
     widget->removeEventFilter(keeper);
     widget->installEventFilter(keeper);
