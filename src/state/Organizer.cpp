@@ -34,6 +34,18 @@ void savePinned(PromptLibrary &library, Prompt prompt, bool pinned)
     library.save(prompt);
 }
 
+// The prompt `id` names, unpinned first if it was pinned, as the library
+// lists it afterwards (found by its file and project); nullopt when gone.
+std::optional<Prompt> unpinned(PromptLibrary &library, const QString &id)
+{
+    const std::optional<Prompt> prompt = library.prompt(id);
+    if (!prompt)
+        return std::nullopt;
+    if (prompt->frontMatter.pinned)
+        savePinned(library, *prompt, false);
+    return withFileInProject(library, *prompt);
+}
+
 } // namespace
 
 QStringList Organizer::insertBefore(const QStringList &items, const QStringList &list, const QString &target)
@@ -143,13 +155,8 @@ void Organizer::reorderPrompts(const QStringList &droppedIDs, const Prompt &targ
     if (!project)
         return; // a row outside every project folder takes no drops
     for (const QString &id : std::as_const(dropped)) {
-        const std::optional<Prompt> prompt = library.prompt(id);
-        if (!prompt)
-            continue;
         // Dropped among unpinned rows, a pinned prompt is unpinned.
-        if (prompt->frontMatter.pinned)
-            savePinned(library, *prompt, false);
-        const std::optional<Prompt> current = withFileInProject(library, *prompt);
+        const std::optional<Prompt> current = unpinned(library, id);
         if (!current)
             continue;
         if (current->projectName != project->name)
@@ -188,13 +195,8 @@ QStringList Organizer::movePrompts(const QStringList &ids, const QString &projec
     QStringList newIDs;
     QStringList names;
     for (const QString &id : ids) {
-        const std::optional<Prompt> prompt = library.prompt(id);
-        if (!prompt)
-            continue;
         // Dropped on a project's header, a pinned prompt is unpinned.
-        if (prompt->frontMatter.pinned)
-            savePinned(library, *prompt, false);
-        const std::optional<Prompt> current = withFileInProject(library, *prompt);
+        const std::optional<Prompt> current = unpinned(library, id);
         if (!current)
             continue;
         if (current->projectName == project->name) {
