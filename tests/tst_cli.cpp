@@ -18,6 +18,7 @@ private Q_SLOTS:
     void init();
     void readingCommands();
     void jsonShapes();
+    void listedJsonIsEachPromptExactly();
     void showAndFillAreExact();
     void writingCommands();
     void errorsAndExitCodes();
@@ -140,6 +141,45 @@ void TestCli::jsonShapes()
         QCOMPARE(run.out, doc.toJson(QJsonDocument::Compact) + '\n');
         QCOMPARE(doc.array().first().toObject().value("body").toString(), u'\n' + tricky);
     }
+}
+
+// `list --json` writes files that are all ASCII straight from their bytes;
+// whatever the header and body hold, each prompt must read back exactly as
+// `show --json`, which goes through the whole parse and Qt's own writer.
+void TestCli::listedJsonIsEachPromptExactly()
+{
+    QByteArray controls;
+    for (char c = 1; c < 0x20; ++c)
+        controls += QByteArray("abcdefg").left(c % 8) + c + "\"\\";
+    const QList<QByteArray> files{
+        "---\ntitle: Controls\n---\n\n" + controls + "tail",
+        "---\r\ntitle: CRLF\r\ntags: [a, b]\r\n---\r\n\r\nline\r\nline\r\n",
+        "---\r\n---\r\nno header after all\r\n",
+        "no header\n---\nstill body\n---\n",
+        "---\ntitle:    \nmodel: m\npinned: true\n---\n",
+        "---\ntitle: \"Ratio: 16:9\"\n  ---  \nbody after an indented closing line",
+        "---\ntitle: never closed\nbody",
+        "---\n---\n",
+        "",
+        "\\\\\"\"\"\"\"\"\"\"12345678\x7f",
+        "---\ntitle: caf\xc3\xa9\n---\n\n\xf0\x9f\x98\x80 \x01",
+    };
+    for (qsizetype i = 0; i < files.size(); ++i)
+        write(root() + u"/Inbox/f" + QString::number(i) + u".md", files[i], TestFiles::at(int(i)));
+
+    const Run list = cli({QStringLiteral("list"), QStringLiteral("--json")});
+    QCOMPARE(list.exitCode, 0);
+    QJsonParseError error;
+    const QJsonDocument doc = QJsonDocument::fromJson(list.out, &error);
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    QCOMPARE(list.out, doc.toJson(QJsonDocument::Compact) + '\n');
+    const QJsonArray prompts = doc.array();
+    QCOMPARE(prompts.size(), files.size());
+    for (const QJsonValue &prompt : prompts) {
+        const QString id = prompt.toObject().value("id").toString();
+        QCOMPARE(prompt, json({QStringLiteral("show"), id}));
+    }
+    QCOMPARE(prompts.last().toObject().value("body").toString(), QString::fromUtf8("\n" + controls + "tail"));
 }
 
 void TestCli::showAndFillAreExact()

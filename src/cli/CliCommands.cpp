@@ -115,13 +115,18 @@ CliResult matchList(const QList<FileSearch::Match> &matches, const CliArguments 
     // The whole prompts: read again and written as JSON a block at a time on
     // all cores, each block sent out in order before the next is made.
     constexpr qsizetype block = 512;
+    const FileSearch::Reader reader(matches);
     bool first = true;
     sink("[");
     for (qsizetype start = 0; start < matches.size(); start += block) {
         const qsizetype count = qMin(block, matches.size() - start);
         QList<QByteArray> texts(count);
         LibraryScan::parallelFor(count, 32, [&](qsizetype i) {
-            if (const std::optional<Prompt> prompt = FileSearch::load(matches[start + i]))
+            FileSearch::AsciiBody asciiBody;
+            const std::optional<Prompt> prompt = reader.load(matches[start + i], &asciiBody);
+            if (prompt && asciiBody.isSet())
+                JsonOutput::appendPrompt(&texts[i], *prompt, asciiBody.view());
+            else if (prompt)
                 JsonOutput::appendPrompt(&texts[i], *prompt);
         });
         QByteArray out;

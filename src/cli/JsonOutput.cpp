@@ -2,6 +2,8 @@
 
 #include <QJsonDocument>
 
+#include <cstring>
+
 namespace JsonOutput {
 
 QJsonObject promptObject(const Prompt &prompt)
@@ -55,20 +57,49 @@ QByteArray text(const QJsonValue &value)
 
 namespace {
 
-// A JSON string as Qt's writer spells it: quote, backslash and control
-// characters escaped (the short forms where JSON has them), all else as UTF-8.
-void appendString(QByteArray *out, QStringView text)
+constexpr quint64 everyByte(uchar b)
+{
+    return 0x0101010101010101ULL * b;
+}
+
+// Whether any byte of the word must be escaped: a control character, a
+// quote or a backslash (bytes from 0x80 up never are).
+bool needsEscape(quint64 word)
+{
+    constexpr quint64 high = everyByte(0x80);
+    const quint64 control = (word - everyByte(0x20)) & ~word & high;
+    const quint64 quote = word ^ everyByte('"');
+    const quint64 backslash = word ^ everyByte('\\');
+    return (control | ((quote - everyByte(1)) & ~quote & high) | ((backslash - everyByte(1)) & ~backslash & high)) != 0;
+}
+
+// The body of a JSON string as Qt's writer spells it: quote, backslash and
+// control characters escaped (the short forms where JSON has them), all else
+// as the UTF-8 it is.
+void appendEscaped(QByteArray *out, QByteArrayView utf8)
 {
     static constexpr char hex[] = "0123456789abcdef";
-    out->append('"');
-    const QByteArray utf8 = text.toUtf8();
+    const char *data = utf8.data();
+    const qsizetype size = utf8.size();
     qsizetype plainFrom = 0;
-    for (qsizetype i = 0; i < utf8.size(); ++i) {
-        const uchar c = uchar(utf8[i]);
-        if (c >= 0x20 && c != '"' && c != '\\')
+    qsizetype i = 0;
+    while (i < size) {
+        // Eight plain bytes at a time, the common case.
+        if (i + 8 <= size) {
+            quint64 word;
+            std::memcpy(&word, data + i, 8);
+            if (!needsEscape(word)) {
+                i += 8;
+                continue;
+            }
+        }
+        const uchar c = uchar(data[i]);
+        if (c >= 0x20 && c != '"' && c != '\\') {
+            ++i;
             continue;
-        out->append(utf8.constData() + plainFrom, i - plainFrom);
-        plainFrom = i + 1;
+        }
+        out->append(data + plainFrom, i - plainFrom);
+        plainFrom = ++i;
         out->append('\\');
         switch (c) {
         case '"': out->append('"'); break;
@@ -84,8 +115,19 @@ void appendString(QByteArray *out, QStringView text)
             out->append(hex[c & 15]);
         }
     }
-    out->append(utf8.constData() + plainFrom, utf8.size() - plainFrom);
+    out->append(data + plainFrom, size - plainFrom);
+}
+
+void appendString(QByteArray *out, QByteArrayView utf8)
+{
     out->append('"');
+    appendEscaped(out, utf8);
+    out->append('"');
+}
+
+void appendString(QByteArray *out, QStringView text)
+{
+    appendString(out, QByteArrayView(text.toUtf8()));
 }
 
 void appendKey(QByteArray *out, const char *key)
@@ -93,14 +135,14 @@ void appendKey(QByteArray *out, const char *key)
     out->append('"').append(key).append("\":");
 }
 
-} // namespace
-
-void appendPrompt(QByteArray *out, const Prompt &prompt)
+// promptObject(prompt) as compact JSON, its body written by `appendBody`.
+template<typename AppendBody>
+void appendPromptWith(QByteArray *out, const Prompt &prompt, AppendBody appendBody)
 {
     // The keys in the order QJsonObject keeps them: sorted.
     out->append('{');
     appendKey(out, "body");
-    appendString(out, prompt.body);
+    appendBody();
     out->append(',');
     appendKey(out, "displayTitle");
     appendString(out, prompt.displayTitle());
@@ -134,6 +176,19 @@ void appendPrompt(QByteArray *out, const Prompt &prompt)
     appendKey(out, "title");
     appendString(out, prompt.frontMatter.title);
     out->append('}');
+}
+
+} // namespace
+
+void appendPrompt(QByteArray *out, const Prompt &prompt)
+{
+    appendPromptWith(out, prompt, [&] { appendString(out, prompt.body); });
+}
+
+void appendPrompt(QByteArray *out, const Prompt &prompt, QByteArrayView utf8Body)
+{
+    out->reserve(out->size() + utf8Body.size() + 512);
+    appendPromptWith(out, prompt, [&] { appendString(out, utf8Body); });
 }
 
 } // namespace JsonOutput

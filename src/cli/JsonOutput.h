@@ -22,4 +22,8 @@ QByteArray text(const QJsonValue &value);
 // files, not on building and serialising a document per prompt.
 void appendPrompt(QByteArray *out, const Prompt &prompt);
 
+// The same with the body given as its UTF-8 bytes (the prompt's own body
+// is not used), for a body taken straight from its file.
+void appendPrompt(QByteArray *out, const Prompt &prompt, QByteArrayView utf8Body);
+
 } // namespace JsonOutput

@@ -5,6 +5,7 @@
 #include "FrontMatter.h"
 #include "LibraryQueries.h"
 #include "LibraryScan.h"
+#include "UtcTime.h"
 
 #include <QCollator>
 #include <QDebug>
@@ -222,6 +223,49 @@ QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *match
 }
 
 } // namespace
+
+Reader::Reader(const QList<Match> &matches)
+{
+    for (const Match &match : matches) {
+        if (!m_folders.contains(match.folder))
+            m_folders.insert(match.folder,
+                             ::open(QFile::encodeName(match.folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
+}
+
+Reader::~Reader()
+{
+    for (const int fd : std::as_const(m_folders)) {
+        if (fd >= 0)
+            ::close(fd);
+    }
+}
+
+std::optional<Prompt> Reader::load(const Match &match, AsciiBody *asciiBody) const
+{
+    const int folderFd = m_folders.value(match.folder, -1);
+    if (folderFd < 0)
+        return std::nullopt;
+    LibraryScan::ReadRequest request{match.folder, match.fileName, match.projectName, {}};
+    bool tooLarge = false;
+    std::optional<QByteArray> bytes =
+        LibraryScan::readFileAt(folderFd, QFile::encodeName(match.fileName), &request.stamp.modifiedNs, &tooLarge);
+    if (!bytes)
+        return std::nullopt;
+    if (asciiBody && isAscii(*bytes)) {
+        if (const std::optional<Header> header = asciiHeader(*bytes)) {
+            Prompt head;
+            head.id = match.id;
+            head.projectName = match.projectName;
+            head.fileURL = QUrl::fromLocalFile(match.folder + u'/' + match.fileName);
+            head.frontMatter = header->matter;
+            head.modifiedAt = UtcTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000);
+            *asciiBody = AsciiBody{std::move(*bytes), header->bodyStart};
+            return head;
+        }
+    }
+    return LibraryScan::promptFromBytes(*bytes, request, false);
+}
 
 std::optional<Prompt> load(const Match &match)
 {

@@ -2,6 +2,8 @@
 
 #include "Prompt.h"
 
+#include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 
@@ -33,5 +35,34 @@ QList<Match> all(const QString &root);
 // The whole prompt of a match, read again from its file (nullopt when it
 // went away or stopped being a prompt meanwhile).
 std::optional<Prompt> load(const Match &match);
+
+// The body of a file that is all ASCII, left in the file's bytes (a
+// character is a byte there), so a writer can copy it without decoding.
+struct AsciiBody
+{
+    QByteArray file;
+    qsizetype start = -1;
+    bool isSet() const { return start >= 0; }
+    QByteArrayView view() const { return QByteArrayView(file).sliced(start); }
+};
+
+// Reads the files of matches again, each folder opened once for the
+// reader's life; load() may run on several threads at once.
+class Reader
+{
+public:
+    explicit Reader(const QList<Match> &matches);
+    ~Reader();
+    Reader(const Reader &) = delete;
+    Reader &operator=(const Reader &) = delete;
+
+    // As FileSearch::load(). With `asciiBody`, an all-ASCII file whose
+    // header parses on its own comes back with an empty body and the body
+    // in *asciiBody instead.
+    std::optional<Prompt> load(const Match &match, AsciiBody *asciiBody = nullptr) const;
+
+private:
+    QHash<QString, int> m_folders;
+};
 
 } // namespace FileSearch

@@ -217,6 +217,10 @@ std::optional<QByteArray> readOpened(int fd, qint64 expectedSize, bool *tooLarge
         if (n == 0)
             break;
         filled += n;
+        // A short read that ends where the stat said the file ends is its
+        // end: one system call fewer per file than reading on to zero.
+        if (filled == expectedSize && filled < bytes.size())
+            break;
     }
     bytes.truncate(filled);
     return bytes;
