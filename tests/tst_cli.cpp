@@ -165,7 +165,7 @@ void TestCli::listedJsonIsEachPromptExactly()
         "---\ntitle: caf\xc3\xa9\n---\n\n\xf0\x9f\x98\x80 \x01",
     };
     for (qsizetype i = 0; i < files.size(); ++i)
-        write(root() + u"/Inbox/f" + QString::number(i) + u".md", files[i], TestFiles::at(int(i)));
+        write(root() + u"/Inbox/f" + QString::number(i) + u".md", files[i], TestFiles::at(int(i)).addMSecs(i * 37));
 
     const Run list = cli({QStringLiteral("list"), QStringLiteral("--json")});
     QCOMPARE(list.exitCode, 0);

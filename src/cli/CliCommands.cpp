@@ -99,8 +99,12 @@ CliResult promptList(const CliArguments &args, const CliSink &sink, const QList<
 
 // Searching once needs no loaded library: the files are read and only those
 // that could hold the query are parsed. Lines need only what the search kept;
-// JSON reads each found prompt again as it is written.
-CliResult matchList(const QList<FileSearch::Match> &matches, const CliArguments &args, const CliSink &sink)
+// JSON reads each found prompt again as it is written, unless the listing
+// kept its file: up to this much, so memory stays bounded however large the
+// library.
+constexpr qint64 listKeepsBytes = 32 * 1024 * 1024;
+
+CliResult matchList(QList<FileSearch::Match> matches, const CliArguments &args, const CliSink &sink)
 {
     if (!args.json) {
         QByteArray out;
@@ -121,13 +125,15 @@ CliResult matchList(const QList<FileSearch::Match> &matches, const CliArguments 
     for (qsizetype start = 0; start < matches.size(); start += block) {
         const qsizetype count = qMin(block, matches.size() - start);
         QList<QByteArray> texts(count);
+        FileSearch::Match *blockMatches = matches.data() + start;
         LibraryScan::parallelFor(count, 32, [&](qsizetype i) {
             FileSearch::AsciiBody asciiBody;
-            const std::optional<Prompt> prompt = reader.load(matches[start + i], &asciiBody);
+            const std::optional<Prompt> prompt = reader.load(blockMatches[i], &asciiBody);
             if (prompt && asciiBody.isSet())
                 JsonOutput::appendPrompt(&texts[i], *prompt, asciiBody.view());
             else if (prompt)
                 JsonOutput::appendPrompt(&texts[i], *prompt);
+            blockMatches[i].bytes = {}; // written: what it kept goes
         });
         QByteArray out;
         for (const QByteArray &text : std::as_const(texts)) {
@@ -483,7 +489,8 @@ CliResult runCli(const QStringList &arguments, const CliSink &sink)
         return searchFiles(rootPath, *parsed.arguments, sink);
     // The whole library in its order needs no library in memory either.
     if (parsed.arguments->command == u"list" && parsed.arguments->options.isEmpty() && parsed.arguments->flags.isEmpty())
-        return matchList(FileSearch::all(rootPath), *parsed.arguments, sink);
+        return matchList(FileSearch::all(rootPath, parsed.arguments->json ? listKeepsBytes : 0), *parsed.arguments,
+                         sink);
     PromptLibrary library(root, nullptr, PromptLibrary::Use::OneShot);
     return runCliCommand(library, *parsed.arguments, sink);
 }

@@ -2,6 +2,8 @@
 
 #include <QJsonDocument>
 
+#include <chrono>
+#include <cstdio>
 #include <cstring>
 
 namespace JsonOutput {
@@ -127,7 +129,38 @@ void appendString(QByteArray *out, QByteArrayView utf8)
 
 void appendString(QByteArray *out, QStringView text)
 {
+    // Mostly ASCII: narrowed in place of a UTF-8 conversion and its allocation.
+    if (QtPrivate::isAscii(text)) {
+        thread_local QByteArray narrow;
+        narrow.resize(text.size());
+        char *to = narrow.data();
+        for (const QChar c : text)
+            *to++ = char(c.unicode());
+        appendString(out, QByteArrayView(narrow));
+        return;
+    }
     appendString(out, QByteArrayView(text.toUtf8()));
+}
+
+// An instant as Qt's ISODateWithMs writes it in UTC ("2026-01-01T12:00:00.000Z"),
+// without building a QDateTime's string; other years go to Qt.
+void appendTime(QByteArray *out, const QDateTime &time)
+{
+    using namespace std::chrono;
+    const qint64 ms = time.isValid() ? time.toMSecsSinceEpoch() : 0;
+    const sys_days day = floor<days>(sys_time<milliseconds>(milliseconds(ms)));
+    const year_month_day date(day);
+    const int y = int(date.year());
+    if (!time.isValid() || y < 1000 || y > 9999) {
+        appendString(out, time.toUTC().toString(Qt::ISODateWithMs));
+        return;
+    }
+    const qint64 inDay = ms - duration_cast<milliseconds>(day.time_since_epoch()).count();
+    char text[48];
+    std::snprintf(text, sizeof text, "\"%04d-%02u-%02uT%02d:%02d:%02d.%03dZ\"", y, unsigned(date.month()),
+                  unsigned(date.day()), int(inDay / 3600000), int(inDay / 60000 % 60), int(inDay / 1000 % 60),
+                  int(inDay % 1000));
+    out->append(text, 26);
 }
 
 void appendKey(QByteArray *out, const char *key)
@@ -157,7 +190,7 @@ void appendPromptWith(QByteArray *out, const Prompt &prompt, AppendBody appendBo
     appendString(out, prompt.frontMatter.model);
     out->append(',');
     appendKey(out, "modifiedAt");
-    appendString(out, prompt.modifiedAt.toUTC().toString(Qt::ISODateWithMs));
+    appendTime(out, prompt.modifiedAt);
     out->append(',');
     appendKey(out, "pinned");
     out->append(prompt.frontMatter.pinned ? "true" : "false");

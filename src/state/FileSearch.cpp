@@ -13,6 +13,8 @@
 
 #include <QFile>
 
+#include <atomic>
+
 #include <fcntl.h>
 #include <string.h>
 #include <unistd.h>
@@ -43,41 +45,67 @@ bool isAscii(const QByteArray &bytes)
     return QtPrivate::isAscii(QLatin1StringView(bytes));
 }
 
-// The header of an ASCII file parsed on its own, and where the body starts
-// (in ASCII a character is a byte); nullopt when only parsing the whole text
-// can tell (the header found must close exactly where the scan says).
+// The header of an ASCII file, and where the body starts (in ASCII a
+// character is a byte). The same rules as the front-matter parser, read
+// straight from the bytes: the opening line, the character a CR LF opening
+// skips, lines split at line feeds only, later keys winning; a header that
+// never closes is no header.
 struct Header
 {
     PromptFrontMatter matter;
     qsizetype bodyStart;
 };
 
-std::optional<Header> asciiHeader(const QByteArray &bytes)
+QByteArrayView trimmed(QByteArrayView text)
 {
-    if (!bytes.startsWith("---\n") && !bytes.startsWith("---\r\n"))
-        return Header{{}, 0}; // no front matter: all of it is the body
-    for (qsizetype lineStart = 4; lineStart < bytes.size();) {
-        qsizetype lineEnd = bytes.indexOf('\n', lineStart);
-        const qsizetype next = lineEnd < 0 ? bytes.size() : lineEnd + 1;
-        if (lineEnd < 0)
-            lineEnd = bytes.size();
-        QByteArrayView line = QByteArrayView(bytes).sliced(lineStart, lineEnd - lineStart);
-        while (!line.isEmpty() && (line.front() == ' ' || line.front() == '\t'))
-            line = line.sliced(1);
-        while (!line.isEmpty() && (line.back() == ' ' || line.back() == '\t'))
-            line.chop(1);
-        if (line == "---") {
-            const FrontMatter::ParseResult parsed = FrontMatter::parse(QString::fromLatin1(bytes.left(next)));
-            if (!parsed.body.isEmpty())
-                return std::nullopt;
-            return Header{FrontMatter::fromMatter(parsed.matter), next};
-        }
-        lineStart = next;
-    }
-    return std::nullopt;
+    while (!text.isEmpty() && (text.front() == ' ' || text.front() == '\t'))
+        text = text.sliced(1);
+    while (!text.isEmpty() && (text.back() == ' ' || text.back() == '\t'))
+        text.chop(1);
+    return text;
 }
 
-QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *matcher);
+Header asciiHeader(const QByteArray &bytes)
+{
+    qsizetype lineStart;
+    if (bytes.startsWith("---\n"))
+        lineStart = 4;
+    else if (bytes.startsWith("---\r\n")) // one character, then the next is skipped
+        lineStart = bytes.size() <= 5 ? 5 : QByteArrayView(bytes).sliced(5).startsWith("\r\n") ? 7 : 6;
+    else
+        return Header{{}, 0}; // no front matter: all of it is the body
+    QByteArrayView title, tags, model, pinned;
+    for (;;) {
+        const qsizetype lineFeed = bytes.indexOf('\n', lineStart);
+        const qsizetype lineEnd = lineFeed < 0 ? bytes.size() : lineFeed;
+        const QByteArrayView line = QByteArrayView(bytes).sliced(lineStart, lineEnd - lineStart);
+        if (trimmed(line) == "---") {
+            Header header{{}, lineFeed < 0 ? bytes.size() : lineFeed + 1};
+            header.matter.title = QString::fromLatin1(title);
+            header.matter.tags = FrontMatter::parseList(QString::fromLatin1(tags));
+            header.matter.model = QString::fromLatin1(model);
+            header.matter.pinned = pinned.compare("true", Qt::CaseInsensitive) == 0;
+            return header;
+        }
+        if (const qsizetype colon = line.indexOf(':'); colon >= 0) {
+            const QByteArrayView key = trimmed(line.first(colon));
+            const QByteArrayView value = trimmed(line.sliced(colon + 1));
+            if (key == "title")
+                title = value;
+            else if (key == "tags")
+                tags = value;
+            else if (key == "model")
+                model = value;
+            else if (key == "pinned")
+                pinned = value;
+        }
+        if (lineFeed < 0)
+            return Header{{}, 0}; // never closed: all of it is the body
+        lineStart = lineFeed + 1;
+    }
+}
+
+QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *matcher, qint64 keepBytes = 0);
 
 } // namespace
 
@@ -89,17 +117,18 @@ QList<Match> search(const QString &root, const QString &query)
     return scan(root, &matcher);
 }
 
-QList<Match> all(const QString &root)
+QList<Match> all(const QString &root, qint64 keepBytes)
 {
-    return scan(root, nullptr);
+    return scan(root, nullptr, keepBytes);
 }
 
 namespace {
 
 // The prompts of the library at `root` that `matcher` accepts (all of them
-// without one), in library order.
-QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *matcher)
+// without one), in library order, with up to `keepBytes` of their files.
+QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *matcher, qint64 keepBytes)
 {
+    std::atomic<qint64> kept{0};
     const QByteArray needle = matcher ? matcher->needle().toUtf8() : QByteArray();
     const bool needleIsAscii = isAscii(needle);
     const bool inDefaultTitle = matcher && QStringLiteral("new prompt").contains(matcher->needle());
@@ -144,18 +173,20 @@ QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *match
             return;
         }
         const auto keep = [&](const QString &id, const QString &displayTitle, bool pinned) {
-            found[i] = Found{{folder, file.name, request.projectName, id, displayTitle}, pinned,
+            found[i] = Found{{folder, file.name, request.projectName, id, displayTitle, {}, -1}, pinned,
                              request.stamp.modifiedNs / 1000000, file.folder, file.listed};
+            if (keepBytes > 0 && kept.fetch_add(bytes->size()) + bytes->size() <= keepBytes) {
+                found[i]->match.bytes = *bytes;
+                found[i]->match.modifiedNs = request.stamp.modifiedNs;
+            }
         };
         if (!matcher) {
             // Everything is kept: what the listing shows comes from the header.
             if (isAscii(*bytes)) {
-                if (const std::optional<Header> header = asciiHeader(*bytes)) {
-                    Prompt head;
-                    head.frontMatter = header->matter;
-                    keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
-                    return;
-                }
+                Prompt head;
+                head.frontMatter = asciiHeader(*bytes).matter;
+                keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
+                return;
             }
             if (const std::optional<Prompt> prompt = LibraryScan::promptFromBytes(*bytes, request, false))
                 keep(prompt->id, prompt->displayTitle(), prompt->frontMatter.pinned);
@@ -178,13 +209,12 @@ QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *match
             if (!inDefaultTitle && !holds(0))
                 return;
             // The header alone decides the title and tags; the body is the rest.
-            if (const std::optional<Header> header = asciiHeader(*bytes)) {
-                Prompt head;
-                head.frontMatter = header->matter;
-                if (matcher->matches(head) || holds(header->bodyStart))
-                    keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
-                return;
-            }
+            const Header header = asciiHeader(*bytes);
+            Prompt head;
+            head.frontMatter = header.matter;
+            if (matcher->matches(head) || holds(header.bodyStart))
+                keep(projects->at(file.folder) + u'/' + file.name, head.displayTitle(), head.frontMatter.pinned);
+            return;
         }
         const std::optional<Prompt> prompt = LibraryScan::promptFromBytes(*bytes, request, false);
         if (prompt && matcher->matches(*prompt))
@@ -243,26 +273,31 @@ Reader::~Reader()
 
 std::optional<Prompt> Reader::load(const Match &match, AsciiBody *asciiBody) const
 {
-    const int folderFd = m_folders.value(match.folder, -1);
-    if (folderFd < 0)
-        return std::nullopt;
     LibraryScan::ReadRequest request{match.folder, match.fileName, match.projectName, {}};
-    bool tooLarge = false;
-    std::optional<QByteArray> bytes =
-        LibraryScan::readFileAt(folderFd, QFile::encodeName(match.fileName), &request.stamp.modifiedNs, &tooLarge);
+    std::optional<QByteArray> bytes;
+    if (match.modifiedNs >= 0) {
+        bytes = match.bytes;
+        request.stamp.modifiedNs = match.modifiedNs;
+    } else {
+        const int folderFd = m_folders.value(match.folder, -1);
+        if (folderFd < 0)
+            return std::nullopt;
+        bool tooLarge = false;
+        bytes = LibraryScan::readFileAt(folderFd, QFile::encodeName(match.fileName), &request.stamp.modifiedNs,
+                                        &tooLarge);
+    }
     if (!bytes)
         return std::nullopt;
     if (asciiBody && isAscii(*bytes)) {
-        if (const std::optional<Header> header = asciiHeader(*bytes)) {
-            Prompt head;
-            head.id = match.id;
-            head.projectName = match.projectName;
-            head.fileURL = QUrl::fromLocalFile(match.folder + u'/' + match.fileName);
-            head.frontMatter = header->matter;
-            head.modifiedAt = UtcTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000);
-            *asciiBody = AsciiBody{std::move(*bytes), header->bodyStart};
-            return head;
-        }
+        Header header = asciiHeader(*bytes);
+        Prompt head;
+        head.id = match.id;
+        head.projectName = match.projectName;
+        head.fileURL = QUrl::fromLocalFile(match.folder + u'/' + match.fileName);
+        head.frontMatter = std::move(header.matter);
+        head.modifiedAt = UtcTime::fromMSecsSinceEpoch(request.stamp.modifiedNs / 1000000);
+        *asciiBody = AsciiBody{std::move(*bytes), header.bodyStart};
+        return head;
     }
     return LibraryScan::promptFromBytes(*bytes, request, false);
 }

@@ -23,14 +23,19 @@ struct Match
     QString projectName;
     QString id;
     QString displayTitle;
+    // The file as it was read, kept when the search was asked to keep it.
+    QByteArray bytes;
+    qint64 modifiedNs = -1;
 };
 
 // The matches in library order; only their keys are kept while searching,
 // so memory stays small whatever the library holds.
 QList<Match> search(const QString &root, const QString &query);
 
-// Every prompt, in library order, the same way.
-QList<Match> all(const QString &root);
+// Every prompt, in library order, the same way; the matches hold their
+// files' bytes while those add up to at most `keepBytes`, so that reading
+// them again costs nothing for a library that small.
+QList<Match> all(const QString &root, qint64 keepBytes = 0);
 
 // The whole prompt of a match, read again from its file (nullopt when it
 // went away or stopped being a prompt meanwhile).
@@ -56,9 +61,9 @@ public:
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
 
-    // As FileSearch::load(). With `asciiBody`, an all-ASCII file whose
-    // header parses on its own comes back with an empty body and the body
-    // in *asciiBody instead.
+    // As FileSearch::load(), from the bytes the match kept if it did. With
+    // `asciiBody`, a file that is all ASCII comes back with an empty body
+    // and the body in *asciiBody instead.
     std::optional<Prompt> load(const Match &match, AsciiBody *asciiBody = nullptr) const;
 
 private:
