@@ -141,15 +141,18 @@ QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *match
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::stable_sort(projects->begin(), projects->end(),
                      [&](const QString &a, const QString &b) { return collator.compare(a, b) < 0; });
+    QList<std::optional<LibraryScan::FolderListing>> listings(projects->size());
+    LibraryScan::parallelFor(projects->size(), 8, [&](qsizetype f) {
+        listings[f] = LibraryScan::listFolder(root + u'/' + projects->at(f), false);
+    });
     QList<Candidate> files;
     for (qsizetype f = 0; f < projects->size(); ++f) {
-        const std::optional<LibraryScan::FolderListing> listing =
-            LibraryScan::listFolder(root + u'/' + projects->at(f), false);
-        if (!listing)
+        if (!listings[f])
             continue;
-        for (qsizetype i = 0; i < listing->files.size(); ++i)
-            files.append({f, i, listing->files[i].name, QFile::encodeName(listing->files[i].name)});
+        for (qsizetype i = 0; i < listings[f]->files.size(); ++i)
+            files.append({f, i, listings[f]->files[i].name, QFile::encodeName(listings[f]->files[i].name)});
     }
+    listings.clear();
     // Each folder opened once; its files are opened relative to it.
     QList<int> folderFds;
     for (const QString &project : std::as_const(*projects))
@@ -157,15 +160,20 @@ QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *match
 
     QList<std::optional<Found>> found(files.size());
     QList<qint64> tooLarge(files.size(), -1);
+    QStringList folders;
+    for (const QString &project : std::as_const(*projects))
+        folders.append(root + u'/' + project);
     LibraryScan::parallelFor(files.size(), 64, [&](qsizetype i) {
         const Candidate &file = files[i];
-        const QString folder = root + u'/' + projects->at(file.folder);
+        const QString &folder = folders[file.folder];
         LibraryScan::ReadRequest request{folder, file.name, projects->at(file.folder), {}};
         bool tooBig = false;
         const int folderFd = folderFds[file.folder];
-        const std::optional<QByteArray> bytes =
-            folderFd < 0 ? std::nullopt : LibraryScan::readFileAt(folderFd, file.encodedName, &request.stamp.modifiedNs, &tooBig);
-        if (!bytes) {
+        // One buffer per thread: most files are looked at and let go.
+        thread_local QByteArray buffer;
+        const QByteArray *bytes = &buffer;
+        if (folderFd < 0
+            || !LibraryScan::readFileAt(folderFd, file.encodedName, &request.stamp.modifiedNs, &tooBig, &buffer)) {
             if (tooBig) {
                 const std::optional<LibraryScan::FileStamp> stamp = LibraryScan::stampOf(folder + u'/' + file.name);
                 tooLarge[i] = stamp ? stamp->size : 0;
@@ -176,7 +184,7 @@ QList<Match> scan(const QString &root, const LibraryQueries::QueryMatcher *match
             found[i] = Found{{folder, file.name, request.projectName, id, displayTitle, {}, -1}, pinned,
                              request.stamp.modifiedNs / 1000000, file.folder, file.listed};
             if (keepBytes > 0 && kept.fetch_add(bytes->size()) + bytes->size() <= keepBytes) {
-                found[i]->match.bytes = *bytes;
+                found[i]->match.bytes = QByteArray(bytes->constData(), bytes->size());
                 found[i]->match.modifiedNs = request.stamp.modifiedNs;
             }
         };

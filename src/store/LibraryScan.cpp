@@ -193,36 +193,45 @@ namespace {
 // folder (no path to resolve again), read in one go sized from that stat.
 // Non-blocking and bounded, so a file that became a pipe or a device since
 // the stat neither blocks nor runs on.
-std::optional<QByteArray> readOpened(int fd, qint64 expectedSize, bool *tooLarge)
+// Fills `bytes` (reusing what it holds); false when the file cannot be read.
+bool readOpened(int fd, qint64 expectedSize, bool *tooLarge, QByteArray *bytes)
 {
     if (expectedSize > maxPromptFileBytes) {
         *tooLarge = true;
-        return std::nullopt;
+        return false;
     }
-    QByteArray bytes(qMax<qint64>(expectedSize, 0) + 1, Qt::Uninitialized);
+    bytes->resize(qMax<qint64>(expectedSize, 0) + 1);
     qsizetype filled = 0;
     for (;;) {
-        if (filled == bytes.size()) {
-            if (bytes.size() > maxPromptFileBytes) {
+        if (filled == bytes->size()) {
+            if (bytes->size() > maxPromptFileBytes) {
                 *tooLarge = true;
-                return std::nullopt;
+                return false;
             }
-            bytes.resize(bytes.size() + 4096); // it grew since the stat
+            bytes->resize(bytes->size() + 4096); // it grew since the stat
         }
-        const ssize_t n = ::read(fd, bytes.data() + filled, size_t(bytes.size() - filled));
+        const ssize_t n = ::read(fd, bytes->data() + filled, size_t(bytes->size() - filled));
         if (n < 0 && errno == EINTR)
             continue;
         if (n < 0)
-            return std::nullopt;
+            return false;
         if (n == 0)
             break;
         filled += n;
         // A short read that ends where the stat said the file ends is its
         // end: one system call fewer per file than reading on to zero.
-        if (filled == expectedSize && filled < bytes.size())
+        if (filled == expectedSize && filled < bytes->size())
             break;
     }
-    bytes.truncate(filled);
+    bytes->truncate(filled);
+    return true;
+}
+
+std::optional<QByteArray> readOpened(int fd, qint64 expectedSize, bool *tooLarge)
+{
+    QByteArray bytes;
+    if (!readOpened(fd, expectedSize, tooLarge, &bytes))
+        return std::nullopt;
     return bytes;
 }
 
@@ -242,19 +251,27 @@ std::optional<QByteArray> readListedFile(int folderFd, const QString &name, qint
 
 } // namespace
 
-std::optional<QByteArray> readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge)
+bool readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge, QByteArray *into)
 {
     const int fd = ::openat(folderFd, name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
-        return std::nullopt;
+        return false;
     struct stat st;
-    std::optional<QByteArray> bytes;
+    bool read = false;
     if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) {
         const auto modified = FileOps::modificationTime(st);
         *modifiedNs = qint64(modified.tv_sec) * 1000000000 + modified.tv_nsec;
-        bytes = readOpened(fd, st.st_size, tooLarge);
+        read = readOpened(fd, st.st_size, tooLarge, into);
     }
     ::close(fd);
+    return read;
+}
+
+std::optional<QByteArray> readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge)
+{
+    QByteArray bytes;
+    if (!readFileAt(folderFd, name, modifiedNs, tooLarge, &bytes))
+        return std::nullopt;
     return bytes;
 }
 

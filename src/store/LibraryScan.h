@@ -78,6 +78,9 @@ QList<ReadResult> readPrompts(const QList<ReadRequest> &requests, bool searchTex
 // Reads a regular file of at most maxPromptFileBytes named relative to an
 // open folder, without blocking on a pipe; gives its modification time.
 std::optional<QByteArray> readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge);
+// The same into `into`, reusing the memory it holds: for a reader that
+// looks at one file after another and keeps none.
+bool readFileAt(int folderFd, const QByteArray &name, qint64 *modifiedNs, bool *tooLarge, QByteArray *into);
 
 // One prompt from a file's bytes; nullopt when they are not UTF-8.
 std::optional<Prompt> promptFromBytes(const QByteArray &bytes, const ReadRequest &request, bool searchText);
