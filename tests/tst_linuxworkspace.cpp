@@ -85,7 +85,7 @@ void TestLinuxWorkspace::applicationFoldersFollowXdg()
     QCOMPARE(DesktopEntry::applicationFolders(),
              (QStringList{home() + u"/applications", m_system->path() + u"/one/applications",
                           m_system->path() + u"/two/applications"}));
-    // Unset, or relative (which the specification calls invalid): the defaults.
+    // Unset, or relative (which the XDG base-directory rules ignore): the defaults.
     qputenv("XDG_DATA_HOME", "relative/share");
     qputenv("XDG_DATA_DIRS", "");
     QCOMPARE(DesktopEntry::applicationFolders(),

@@ -7,7 +7,7 @@
 #include <optional>
 
 // An installed application as Linux desktops know it: a desktop entry file
-// (freedesktop.org's Desktop Entry Specification) in an "applications"
+// (freedesktop.org's desktop entry format) in an "applications"
 // folder of the XDG data folders.
 class DesktopEntry
 {
@@ -24,7 +24,7 @@ public:
     static std::optional<DesktopEntry> read(const QString &path);
 
     const QString &path() const { return m_path; }
-    // A key's value with the specification's escapes (\s \n \t \r \\)
+    // A key's value with the desktop-entry escapes (\s \n \t \r \\)
     // resolved; localised variants ("Name[de]") are not looked at.
     QString value(const QString &key) const { return m_values.value(key); }
     bool isTrue(const QString &key) const { return value(key) == u"true"; }
