@@ -310,12 +310,4 @@ std::optional<Prompt> Reader::load(const Match &match, AsciiBody *asciiBody) con
     return LibraryScan::promptFromBytes(*bytes, request, false);
 }
 
-std::optional<Prompt> load(const Match &match)
-{
-    LibraryScan::ReadRequest request{match.folder, match.fileName, match.projectName, {}};
-    const std::optional<QByteArray> bytes = FileOps::readRegularFile(
-        match.folder + u'/' + match.fileName, LibraryScan::maxPromptFileBytes, nullptr, &request.stamp.modifiedNs);
-    return bytes ? LibraryScan::promptFromBytes(*bytes, request, false) : std::nullopt;
-}
-
 } // namespace FileSearch

@@ -15,7 +15,7 @@
 // raw text could hold the query.
 namespace FileSearch {
 
-// A prompt found, as much of it as a listing shows; load() reads the rest.
+// A prompt found, as much of it as a listing shows; a Reader reads the rest.
 struct Match
 {
     QString folder;
@@ -37,9 +37,6 @@ QList<Match> search(const QString &root, const QString &query);
 // them again costs nothing for a library that small.
 QList<Match> all(const QString &root, qint64 keepBytes = 0);
 
-// The whole prompt of a match, read again from its file (nullopt when it
-// went away or stopped being a prompt meanwhile).
-std::optional<Prompt> load(const Match &match);
 
 // The body of a file that is all ASCII, left in the file's bytes (a
 // character is a byte there), so a writer can copy it without decoding.
@@ -61,7 +58,9 @@ public:
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
 
-    // As FileSearch::load(), from the bytes the match kept if it did. With
+    // The whole prompt of a match, read again from its file unless the
+    // match kept its bytes (nullopt when it went away or stopped being a
+    // prompt meanwhile). With
     // `asciiBody`, a file that is all ASCII comes back with an empty body
     // and the body in *asciiBody instead.
     std::optional<Prompt> load(const Match &match, AsciiBody *asciiBody = nullptr) const;
