@@ -1,7 +1,6 @@
 #include "FileSearch.h"
 
 #include "AsciiText.h"
-#include "FileOps.h"
 #include "FrontMatter.h"
 #include "LibraryQueries.h"
 #include "LibraryScan.h"

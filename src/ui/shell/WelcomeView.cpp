@@ -203,16 +203,6 @@ void WelcomeView::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
 }
 
-bool WelcomeView::event(QEvent *event)
-{
-    if (event->type() == QEvent::ApplicationPaletteChange) {
-        const bool handled = QWidget::event(event);
-        followAppPalette();
-        return handled;
-    }
-    return QWidget::event(event);
-}
-
 void WelcomeView::followAppPalette()
 {
     // Widgets under a style sheet keep the palette they were polished with

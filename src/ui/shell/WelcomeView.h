@@ -18,7 +18,6 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
-    bool event(QEvent *event) override;
 
 private:
     QWidget *step(int number, const QString &title, const QString &description, const QString &shortcut);

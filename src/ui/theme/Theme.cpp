@@ -28,7 +28,7 @@ QFont monospaceFont(qreal points, QFont::Weight weight)
 namespace {
 // The text colour at `alpha` over the window, as an opaque colour: some
 // paths (labels on X11) draw text without its alpha, and came out black.
-QColor withAlpha(const QPalette &palette, qreal alpha)
+QColor textOverWindow(const QPalette &palette, qreal alpha)
 {
     const QColor text = palette.color(QPalette::Text);
     const QColor under = palette.color(QPalette::Window);
@@ -45,14 +45,14 @@ QColor primaryText(const QPalette &palette)
 
 QColor secondaryText(const QPalette &palette)
 {
-    return withAlpha(palette, isDark(palette) ? 0.62 : 0.58);
+    return textOverWindow(palette, isDark(palette) ? 0.62 : 0.58);
 }
 
 QColor tertiaryText(const QPalette &palette)
 {
     // The quietest text still reads at 3:1 or better on the window and the
     // text background, in both schemes.
-    return withAlpha(palette, isDark(palette) ? 0.44 : 0.47);
+    return textOverWindow(palette, isDark(palette) ? 0.44 : 0.47);
 }
 
 QColor accent(const QPalette &palette)
