@@ -45,7 +45,7 @@ packages=(
     desktop-file-utils appstream groff-base libxml2-utils zsh
 )
 if $fuzz; then
-    packages+=(clang libclang-rt-14-dev)
+    packages+=(clang libclang-rt-dev)
 fi
 
 missing=()
