@@ -45,6 +45,8 @@ public:
         urlOpenedAt = m_clock.now();
     }
 
+    bool isVeskFrontmost() const override { return veskFrontmost; }
+
     // Reports the oldest open as the system would, some time later.
     void complete()
     {
@@ -54,6 +56,7 @@ public:
         completion();
     }
 
+    bool veskFrontmost = false; // the opened application or browser came forward
     QHash<QString, QUrl> installed; // bundle identifier → location
     QStringList lookedUp;
     QList<QUrl> opened;

@@ -42,7 +42,7 @@ public:
     // Makes the mount read-only (or writable again) in place.
     bool setReadOnly(bool readOnly)
     {
-        const unsigned long flags = MS_REMOUNT | (readOnly ? MS_RDONLY : 0);
+        const unsigned long flags = MS_REMOUNT | (readOnly ? static_cast<unsigned long>(MS_RDONLY) : 0UL);
         return ::mount("tmpfs", QFile::encodeName(m_dir.path()).constData(), "tmpfs", flags, nullptr) == 0;
     }
 

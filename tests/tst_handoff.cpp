@@ -55,6 +55,7 @@ private Q_SLOTS:
     void untrustedSendsNothing();
     void missingAppOpensTheWebClientAndPastesFromThere();
     void autoPasteSendSchedulesOneKeystroke();
+    void autoPasteNeverTypesIntoVesk();
 
     void buttonNamesTheChosenApp();
     void handoffCopiesNotifiesAndOpens();
@@ -241,6 +242,28 @@ void TestHandoff::autoPasteSendSchedulesOneKeystroke()
     m_accessibility->trusted = false;
     QVERIFY(!AutoPaste::send(0));
     QTest::qWait(100);
+    QCOMPARE(m_keys->pastedAt.size(), 1);
+}
+
+void TestHandoff::autoPasteNeverTypesIntoVesk()
+{
+    // A slow assistant: Vesk is still in front when the delay ends, and the
+    // keystroke waits for the assistant to come forward.
+    m_apps->veskFrontmost = true;
+    const qint64 start = m_clock->now();
+    QVERIFY(AutoPaste::send(0.1));
+    QTest::qWait(600);
+    QVERIFY(m_keys->pastedAt.isEmpty());
+    m_apps->veskFrontmost = false;
+    QTRY_COMPARE_WITH_TIMEOUT(m_keys->pastedAt.size(), 1, 1000);
+    QVERIFY(m_keys->pastedAt.first() - start >= 600);
+
+    // Nothing comes forward: no keystroke at all, the text stays on the clipboard.
+    m_apps->veskFrontmost = true;
+    QVERIFY(AutoPaste::send(0));
+    QTest::qWait(AutoPaste::frontWaitMs + 300);
+    m_apps->veskFrontmost = false;
+    QTest::qWait(200);
     QCOMPARE(m_keys->pastedAt.size(), 1);
 }
 

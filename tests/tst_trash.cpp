@@ -230,8 +230,9 @@ void TestTrash::specialFilesAcrossMounts()
     std::thread watchdog([&] {
         for (int i = 0; i < 200 && !done; ++i)
             QThread::msleep(50);
+        QFile writer(root + u"/Work/pipe");
         if (!done) // unblock the copy so the failure is reported, not a hang
-            QFile(root + u"/Work/pipe").open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+            (void)writer.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
     });
     QElapsedTimer timer;
     timer.start();

@@ -187,7 +187,10 @@ Check checkLibrary(const QString &root)
                 continue;
             }
             QFile f(files.filePath());
-            f.open(QIODevice::ReadOnly);
+            if (!f.open(QIODevice::ReadOnly)) {
+                check.problems.append(u"unreadable prompt: " + files.filePath());
+                continue;
+            }
             const QByteArray bytes = f.readAll();
             if (bytes == blankPrompt)
                 continue;
@@ -228,7 +231,8 @@ int main(int argc, char *argv[])
         else if (args[i] == u"--seed")
             seed = args[i + 1].toUInt();
     }
-    QTemporaryDir scratch(folder.isEmpty() ? QDir::tempPath() + u"/vesk-soak-XXXXXX" : folder + u"/vesk-soak-XXXXXX");
+    const QString parent = folder.isEmpty() ? QDir::tempPath() : folder;
+    QTemporaryDir scratch(parent + u"/vesk-soak-XXXXXX");
     if (!scratch.isValid()) {
         std::fprintf(stderr, "crash_soak: cannot make a folder to work in\n");
         return 2;

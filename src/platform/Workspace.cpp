@@ -1,6 +1,7 @@
 #include "Workspace.h"
 
 #include <QDesktopServices>
+#include <QGuiApplication>
 
 namespace Workspace {
 
@@ -13,6 +14,13 @@ Applications *replacement = nullptr;
 void Applications::openUrl(const QUrl &url)
 {
     QDesktopServices::openUrl(url);
+}
+
+bool Applications::isVeskFrontmost() const
+{
+    // Qt tracks it on every platform: the focus window's application, or
+    // NSApp's active state on macOS.
+    return QGuiApplication::applicationState() == Qt::ApplicationActive;
 }
 
 Applications &Applications::current()

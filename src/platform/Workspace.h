@@ -32,6 +32,8 @@ public:
     virtual void openApplication(const QUrl &location, std::function<void()> completion) = 0;
     // The default browser (or the address's handler) opens `url`.
     virtual void openUrl(const QUrl &url);
+    // Whether Vesk itself is the active application, taking the keyboard.
+    virtual bool isVeskFrontmost() const;
 
     static Applications &current();
     // `replacement` answers from now on; nullptr restores the platform's.

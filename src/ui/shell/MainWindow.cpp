@@ -255,6 +255,7 @@ bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    m_state->flushPendingSave(); // closing the window quits: the typing must not wait for the timer
     QSettings().setValue(geometryKey, saveGeometry());
     QMainWindow::closeEvent(event);
 }

@@ -10,9 +10,10 @@
 #include "SettingsWindow.h"
 #include "WelcomeView.h"
 #include "platform/SystemAppearance.h"
+#include "platform/TerminationSignals.h"
 #include "ui/detail/PromptDetailView.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QUrl>
 
 VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
@@ -38,9 +39,15 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
         settings->raise();
         settings->activateWindow();
     });
+    // The user's last words are written whenever Vesk may be about to lose
+    // them: another program comes forward (and may read or sync the file),
+    // or the app quits, however it quits.
+    connect(qApp, &QCoreApplication::aboutToQuit, m_state.get(), &AppState::flushPendingSave);
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState appState) {
-        if (appState != Qt::ApplicationActive)
+        if (appState != Qt::ApplicationActive) {
+            m_state->flushPendingSave();
             return;
+        }
         reloadFromDisk();
         updateAppAppearance(); // "opposite" and "system" follow the desktop's current scheme
     });
@@ -76,6 +83,26 @@ void VeskApplication::updateAppAppearance()
     SystemAppearance::apply(schemeForAppearance(m_preferences->appearance(), SystemAppearance::systemIsDark()));
     if (m_window)
         m_window->welcome()->followAppPalette();
+}
+
+void VeskApplication::bringToFront()
+{
+    if (m_window->isMinimized())
+        m_window->showNormal();
+    else
+        m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+}
+
+void VeskApplication::quitOnTerminationSignals()
+{
+    TerminationSignals::handle([this] {
+        m_state->flushPendingSave();
+        // Open dialogs' event loops end too; closing the windows saves their frames.
+        QApplication::closeAllWindows();
+        QCoreApplication::quit();
+    });
 }
 
 void VeskApplication::reloadFromDisk()

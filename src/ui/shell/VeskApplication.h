@@ -39,6 +39,12 @@ public:
     // What becoming the active application does: write the pending edit,
     // then pick up what other programs changed on disk.
     void reloadFromDisk();
+    // Shows the main window and brings it to the front: another start of
+    // Vesk asked for it.
+    void bringToFront();
+    // A logout's SIGTERM, a closed terminal's SIGHUP and Ctrl+C quit as
+    // Ctrl+Q does, writing the pending edit first.
+    void quitOnTerminationSignals();
 
 private:
     std::unique_ptr<PromptLibrary> m_library;
