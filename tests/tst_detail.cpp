@@ -33,6 +33,7 @@ private Q_SLOTS:
     void cleanup();
     void typingSavesOnceAndAutosaveNeverDisturbsTyping();
     void selectionChangeResetsTheDraft();
+    void ownSaveNeverRewritesTheEditor();
     void pinSavesAtOnceAndKeepsBodyEdits();
     void copyWithoutVariables();
     void fillSheetCopiesFilledTextOrNothing();
@@ -131,6 +132,37 @@ void TestDetail::typingSavesOnceAndAutosaveNeverDisturbsTyping()
     QTest::keyClick(m_view->titleField(), Qt::Key_Return);
     QVERIFY(!m_state->hasPendingSave());
     QCOMPARE(m_library->prompt(QStringLiteral("Inbox/plain.md"))->frontMatter.title, u"PlXYain");
+}
+
+void TestDetail::ownSaveNeverRewritesTheEditor()
+{
+    // A file without a header gets one at its first save; the body then
+    // reads back with the header's blank line in front.
+    write(path("Inbox/bare.md"), "Line one\nLine two", at(4));
+    m_library->reload();
+    show("Inbox/bare.md");
+    followLibrary("Inbox/bare.md");
+    QPlainTextEdit *editor = m_view->editor();
+    editor->setFocus();
+    editor->moveCursor(QTextCursor::End);
+    typeInEditor(QStringLiteral("!"));
+    QTRY_COMPARE_WITH_TIMEOUT(read(path("Inbox/bare.md")), QByteArray("---\ntitle: \n---\n\nLine one\nLine two!"), 2000);
+    QCoreApplication::processEvents();
+
+    // The editor still shows what was typed, where it was typed, and one
+    // Undo takes back the one keystroke.
+    QCOMPARE(editor->toPlainText(), u"Line one\nLine two!");
+    QCOMPARE(editor->textCursor().position(), 18);
+    editor->undo();
+    QCOMPARE(editor->toPlainText(), u"Line one\nLine two");
+    QVERIFY(!editor->document()->isUndoAvailable());
+
+    // Typing on writes the same form again: nothing accumulates.
+    editor->moveCursor(QTextCursor::End);
+    typeInEditor(QStringLiteral("?"));
+    QTRY_COMPARE_WITH_TIMEOUT(read(path("Inbox/bare.md")), QByteArray("---\ntitle: \n---\n\nLine one\nLine two?"), 2000);
+    QCoreApplication::processEvents();
+    QCOMPARE(editor->toPlainText(), u"Line one\nLine two?");
 }
 
 void TestDetail::selectionChangeResetsTheDraft()

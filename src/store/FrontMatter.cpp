@@ -131,6 +131,13 @@ QString serialize(const PromptFrontMatter &matter)
     return out;
 }
 
+QString bodyAfterHeader(QStringView body)
+{
+    if (body.startsWith(u'\n'))
+        return body.toString();
+    return u'\n' + body;
+}
+
 PromptFrontMatter fromMatter(const QHash<QString, QString> &matter)
 {
     PromptFrontMatter fields;

@@ -21,6 +21,11 @@ ParseResult parse(QString &&text);
 QStringList parseList(const QString &value);
 QString serialize(const PromptFrontMatter &matter);
 
+// What follows the header when `body` is saved, which is also the body a
+// load reads back: the header's blank line comes back as the body's first
+// line feed, and a body that already starts with one does not get a second.
+QString bodyAfterHeader(QStringView body);
+
 // The typed fields of a parsed header; unknown keys are dropped.
 PromptFrontMatter fromMatter(const QHash<QString, QString> &matter);
 

@@ -45,12 +45,7 @@ QString PromptLibrary::sanitizeProjectName(const QString &name)
 
 void PromptLibrary::save(const Prompt &prompt)
 {
-    // The blank line the writer puts after the header comes back as the
-    // body's first line feed; drop it so that save and load round-trip.
-    QStringView body = prompt.body;
-    if (body.startsWith(u'\n'))
-        body = body.sliced(1);
-    const QString text = FrontMatter::serialize(prompt.frontMatter) + u'\n' + body;
+    const QString text = FrontMatter::serialize(prompt.frontMatter) + FrontMatter::bodyAfterHeader(prompt.body);
 
     QString error;
     if (!FileOps::writeTextAtomically(prompt.filePath(), text, &error))

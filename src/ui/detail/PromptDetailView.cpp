@@ -3,6 +3,7 @@
 #include "AppState.h"
 #include "Clipboard.h"
 #include "EditorText.h"
+#include "FrontMatter.h"
 #include "Handoff.h"
 #include "HandoffApp.h"
 #include "OtherVersionBar.h"
@@ -233,8 +234,11 @@ void PromptDetailView::setPrompt(const Prompt &prompt)
     // write) is taken while nothing typed here waits to be saved; otherwise
     // the user's text stays, and AppState keeps the other version when it
     // writes over it.
+    // The draft as the file format reads it back is the draft: a first save
+    // adds a header, and the blank line after it must not move the lines.
     const bool bodyUntouched = m_draft.body == before.body || !m_state->hasPendingSave(m_draft.id);
-    if (prompt.body != before.body && prompt.body != m_draft.body && bodyUntouched)
+    const bool ownText = prompt.body == m_draft.body || prompt.body == FrontMatter::bodyAfterHeader(m_draft.body);
+    if (prompt.body != before.body && !ownText && bodyUntouched)
         adoptBody(prompt.body);
     m_draft.fileURL = prompt.fileURL;
     m_draft.modifiedAt = prompt.modifiedAt;
