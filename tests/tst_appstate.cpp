@@ -42,6 +42,7 @@ private Q_SLOTS:
     void flushWritesAtOnceAndCancelsTheTimer();
     void createNewPromptReusesABlankOne();
     void createNewPromptTarget();
+    void blankPromptFilledElsewhereIsNotReused();
     void newProjectDialog();
     void selectionRules();
     void libraryChangesAreRelayed();
@@ -144,6 +145,21 @@ void TestAppState::createNewPromptReusesABlankOne()
     QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{createdId});
     QCOMPARE(m_state->pendingEditorFocusID(), createdId);
     QCOMPARE(m_state->searchQuery(), u"body");
+}
+
+void TestAppState::blankPromptFilledElsewhereIsNotReused()
+{
+    write(path("Inbox/blank.md"), "---\ntitle: \n---\n\n", at(5));
+    m_library->reload();
+    // Another device fills it in; the sync tool writes it before Vesk looks again.
+    write(path("Inbox/blank.md"), "---\ntitle: From the laptop\n---\n\nWritten elsewhere.", at(9));
+
+    m_state->createNewPromptInRecent();
+    const QString chosen = *m_state->pendingEditorFocusID();
+    QVERIFY(chosen != u"Inbox/blank.md");
+    QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{chosen});
+    QCOMPARE(m_library->prompt(QStringLiteral("Inbox/blank.md"))->frontMatter.title, u"From the laptop");
+    QCOMPARE(read(path("Inbox/blank.md")), "---\ntitle: From the laptop\n---\n\nWritten elsewhere.");
 }
 
 void TestAppState::createNewPromptTarget()

@@ -244,14 +244,29 @@ void AppState::createNewPromptInRecent()
         return;
     const Project target = m_library->project(VeskConst::inboxProjectName.toString()).value_or(projects.first());
 
-    // An untouched blank prompt is reused rather than a second one made.
-    for (const Prompt &prompt : m_library->prompts()) {
-        if (prompt.projectName == target.name && prompt.frontMatter.title.trimmed().isEmpty()
-            && prompt.body.trimmed().isEmpty()) {
-            setSelectedPromptIDs({prompt.id});
-            setPendingEditorFocusID(prompt.id);
+    // An untouched blank prompt is reused rather than a second one made,
+    // but only while it is blank on disk too: another device may have just
+    // filled it in, and typing into it would write over that.
+    for (bool checkDisk = true;; checkDisk = false) {
+        const Prompt *blank = nullptr;
+        for (const Prompt &prompt : m_library->prompts()) {
+            if (prompt.projectName == target.name && prompt.frontMatter.title.trimmed().isEmpty()
+                && prompt.body.trimmed().isEmpty()) {
+                blank = &prompt;
+                break;
+            }
+        }
+        if (blank && checkDisk && changedOnDiskSinceRead(*blank)) {
+            m_library->reload();
+            continue;
+        }
+        if (blank) {
+            const QString id = blank->id;
+            setSelectedPromptIDs({id});
+            setPendingEditorFocusID(id);
             return;
         }
+        break;
     }
     if (const std::optional<Prompt> created = m_library->createPrompt(target)) {
         setSelectedPromptIDs({created->id});
