@@ -2,6 +2,7 @@
 #include "LibraryQueries.h"
 #include "ProjectNamePrompter.h"
 #include "PromptLibrary.h"
+#include "FakeAlerts.h"
 #include "TestFiles.h"
 
 #include <QElapsedTimer>
@@ -43,6 +44,7 @@ private Q_SLOTS:
     void createNewPromptReusesABlankOne();
     void createNewPromptTarget();
     void blankPromptFilledElsewhereIsNotReused();
+    void aFileInPlaceOfTheLibrarySaysSo();
     void newProjectDialog();
     void selectionRules();
     void libraryChangesAreRelayed();
@@ -160,6 +162,26 @@ void TestAppState::blankPromptFilledElsewhereIsNotReused()
     QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{chosen});
     QCOMPARE(m_library->prompt(QStringLiteral("Inbox/blank.md"))->frontMatter.title, u"From the laptop");
     QCOMPARE(read(path("Inbox/blank.md")), "---\ntitle: From the laptop\n---\n\nWritten elsewhere.");
+}
+
+void TestAppState::aFileInPlaceOfTheLibrarySaysSo()
+{
+    const QString root = path("notafolder");
+    write(root, "just a file");
+    PromptLibrary library(QUrl::fromLocalFile(root));
+    AppState state(&library);
+    ScriptedAlerts alerts;
+    state.setAlerts(&alerts);
+    QVERIFY(library.projects().isEmpty());
+
+    state.createNewPromptInRecent();
+    QCOMPARE(alerts.shown.size(), 1);
+    QCOMPARE(alerts.shown.first().message, u"Vesk can't use its prompts folder");
+    QVERIFY(alerts.shown.first().informative.contains(u"“" + root + u"” is a file, not a folder"));
+    QCOMPARE(read(root), "just a file");
+
+    // A usable folder says nothing.
+    QVERIFY(!m_state->explainUnusableLibraryFolder());
 }
 
 void TestAppState::createNewPromptTarget()

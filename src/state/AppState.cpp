@@ -1,5 +1,7 @@
 #include "AppState.h"
 
+#include "Alerts.h"
+
 #include "LibraryQueries.h"
 #include "ProjectNamePrompter.h"
 #include "PromptLibrary.h"
@@ -240,8 +242,10 @@ void AppState::createNewPromptInRecent()
     // first, so it is neither reused nor emptied.
     flushPendingSave();
     const QList<Project> &projects = m_library->projects();
-    if (projects.isEmpty())
+    if (projects.isEmpty()) {
+        explainUnusableLibraryFolder();
         return;
+    }
     const Project target = m_library->project(VeskConst::inboxProjectName.toString()).value_or(projects.first());
 
     // An untouched blank prompt is reused rather than a second one made,
@@ -272,6 +276,25 @@ void AppState::createNewPromptInRecent()
         setSelectedPromptIDs({created->id});
         setPendingEditorFocusID(created->id);
     }
+}
+
+bool AppState::explainUnusableLibraryFolder()
+{
+    const QString root = m_library->rootPath();
+    const QFileInfo info(root);
+    if (info.isDir())
+        return false;
+    if (m_alerts) {
+        Alert alert;
+        alert.message = QStringLiteral("Vesk can't use its prompts folder");
+        if (info.exists())
+            alert.informative = u"“" + root + u"” is a file, not a folder. Move it aside or rename it, then open Vesk again.";
+        else
+            alert.informative = u"“" + root + u"” doesn't exist and couldn't be created. Check that its parent folder "
+                                u"exists and can be written to, then open Vesk again.";
+        m_alerts->run(alert);
+    }
+    return true;
 }
 
 void AppState::showNewProjectDialog()

@@ -63,7 +63,13 @@ public:
     void forgetOverwrittenVersion(const QString &id);
 
     // Creation flows shared by the menus, the toolbar and the welcome screen.
+    // With no project to create in, the user is told why when the library
+    // folder itself is unusable.
     void createNewPromptInRecent();
+    // Says in an alert why the library folder cannot hold prompts (a file
+    // stands where it should be, or it cannot be made); false, and nothing
+    // shown, when it is a folder.
+    bool explainUnusableLibraryFolder();
     void showNewProjectDialog();
     void setProjectNamePrompter(ProjectNamePrompter *prompter) { m_projectNamePrompter = prompter; }
 

@@ -14,6 +14,7 @@
 #include "ui/detail/PromptDetailView.h"
 
 #include <QApplication>
+#include <QTimer>
 #include <QUrl>
 
 VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
@@ -29,6 +30,8 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
     m_state->setProjectNamePrompter(m_prompter.get());
     m_alerts = std::make_unique<DialogAlerts>(m_window.get());
     m_state->setAlerts(m_alerts.get());
+    // Said once the window is up, rather than an empty window that cannot explain itself.
+    QTimer::singleShot(0, this, [this] { m_state->explainUnusableLibraryFolder(); });
 
     connect(m_preferences, &Preferences::appearanceChanged, this, &VeskApplication::updateAppAppearance);
     // "system" and "opposite" follow the desktop's switch as it happens.
