@@ -1,8 +1,20 @@
 #include "PromptText.h"
 
+#include "Prompt.h"
+#include "SidebarSection.h"
+
 #include <QTextBoundaryFinder>
 
 namespace PromptText {
+
+QString spoken(const Prompt &prompt)
+{
+    QString text = prompt.displayTitle();
+    const QString line = preview(prompt.body, 120);
+    if (!line.isEmpty())
+        text += u", " + line;
+    return text + u", in " + projectDisplayName(prompt.projectName);
+}
 
 QString preview(const QString &body, int limit)
 {

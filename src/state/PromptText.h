@@ -2,6 +2,8 @@
 
 #include <QString>
 
+struct Prompt;
+
 // Texts derived from a prompt for lists.
 namespace PromptText {
 
@@ -14,6 +16,10 @@ QString preview(const QString &body, int limit);
 // carriage return, the Unicode line and paragraph separators…) one space.
 // A header line that held one would break the file.
 QString oneLine(const QString &text);
+
+// What a screen reader says for a prompt's row: which prompt, what it says
+// and where it lives ("Title, preview…, in Project").
+QString spoken(const Prompt &prompt);
 
 // "1 variable", "2 variables"; "1 result", "3 results".
 QString counted(qsizetype count, const QString &noun);

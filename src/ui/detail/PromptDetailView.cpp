@@ -154,6 +154,9 @@ void PromptDetailView::buildHeader(QWidget *header)
         button->setCursor(Qt::PointingHandCursor);
     }
     m_pin->setObjectName(QStringLiteral("pinButton"));
+    // Screen readers read names, not placeholders or tooltips.
+    m_title->setAccessibleName(QStringLiteral("Title"));
+    m_editor->setAccessibleName(QStringLiteral("Prompt text"));
     connect(m_pin, &QToolButton::clicked, this, &PromptDetailView::togglePin);
     m_copy->setObjectName(QStringLiteral("copyButton"));
     m_copy->setText(QStringLiteral("Copy"));
@@ -347,6 +350,7 @@ void PromptDetailView::updateChrome()
 {
     const bool pinned = m_draft.frontMatter.pinned;
     m_pin->setToolTip(pinned ? QStringLiteral("Unpin") : QStringLiteral("Pin"));
+    m_pin->setAccessibleName(m_pin->toolTip());
     const QStringList names = Variables::extract(m_draft.body);
     const bool hasVariables = !names.isEmpty();
     m_copy->setToolTip((hasVariables ? u"Fill variables and copy (" : u"Copy to clipboard (")

@@ -60,6 +60,7 @@ void HelpWindowController::buildWindow()
     m_window->setMinimumSize(400, 300);
 
     m_browser = new HelpBrowser(m_window);
+    m_browser->setAccessibleName(QStringLiteral("Help page"));
     if (m_openExternal)
         m_browser->setExternalUrlOpener(m_openExternal);
     auto *layout = new QVBoxLayout(m_window);

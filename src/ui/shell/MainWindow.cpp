@@ -26,6 +26,7 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QToolBar>
+#include <QToolButton>
 
 namespace {
 
@@ -55,6 +56,7 @@ MainWindow::MainWindow(AppState *state, QWidget *parent)
     , m_search(new QLineEdit(this))
 {
     setObjectName(QStringLiteral("mainWindow"));
+    setAccessibleName(QStringLiteral("Vesk"));
     setWindowTitle(QString());
     setWindowIcon(Icons::appIcon());
     setMinimumSize(760, 520);
@@ -196,6 +198,9 @@ void MainWindow::buildToolbar()
     m_search->setObjectName(QStringLiteral("searchField"));
     m_search->setPlaceholderText(QStringLiteral("Search prompts…"));
     m_search->setClearButtonEnabled(true);
+    m_search->setAccessibleName(QStringLiteral("Search prompts"));
+    for (QToolButton *clear : m_search->findChildren<QToolButton *>())
+        clear->setAccessibleName(QStringLiteral("Clear Search"));
     m_search->setFixedWidth(260);
     toolbar->addWidget(m_search);
     // Ctrl+F (⌘F) goes to the search field; Escape there ends the search.

@@ -183,6 +183,8 @@ QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
         return prompt.displayTitle();
     case PromptIdRole:
         return prompt.id;
+    case Qt::AccessibleTextRole:
+        return PromptText::spoken(prompt);
     case PreviewRole:
         return PromptText::preview(prompt.body, 200);
     case SubtitleRole:
@@ -202,6 +204,7 @@ SearchResultsView::SearchResultsView(AppState *state, QWidget *parent)
 {
     setObjectName(QStringLiteral("searchResults"));
     m_list->setModel(m_model);
+    m_list->setAccessibleName(QStringLiteral("Search results"));
     m_list->setItemDelegate(new SearchResultDelegate(m_list));
     m_list->setUniformItemSizes(true);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

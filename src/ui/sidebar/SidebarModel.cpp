@@ -310,9 +310,18 @@ QVariant SidebarModel::data(const QModelIndex &index, int role) const
     return promptData(section, section.prompts.at(index.row()), role);
 }
 
+QVariant SidebarModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (section == 0 && orientation == Qt::Horizontal && role == Qt::DisplayRole)
+        return QStringLiteral("Prompts");
+    return {};
+}
+
 QVariant SidebarModel::promptData(const Section &section, const Prompt &prompt, int role) const
 {
     switch (role) {
+    case Qt::AccessibleTextRole:
+        return PromptText::spoken(prompt);
     case KindRole:
         return int(RowKind::Prompt);
     case PromptIdRole:

@@ -40,6 +40,8 @@ public:
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
+    // The tree's one column, named for screen readers (the header is hidden).
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
     // Drag and drop. Headers drag their section and take prompt and section
     // drops; prompt rows drag dragIDs() and take prompt drops only. A drop

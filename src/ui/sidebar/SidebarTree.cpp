@@ -17,6 +17,7 @@
 SidebarTree::SidebarTree(QWidget *parent)
     : QTreeView(parent)
 {
+    setAccessibleName(QStringLiteral("Prompts"));
     // Qt's own drag start keeps a multi-selection when a selected row is
     // pressed; the drag itself is ours (mouseMoveEvent).
     setDragEnabled(true);
