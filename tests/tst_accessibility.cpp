@@ -9,6 +9,8 @@
 #include "ui/shell/VeskApplication.h"
 #include "ui/sidebar/SidebarTree.h"
 #include "ui/sidebar/SidebarView.h"
+#include "ui/theme/Theme.h"
+#include "platform/SystemAppearance.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -21,6 +23,9 @@
 #include <QSettings>
 #include <QTextEdit>
 
+#include <cmath>
+
+using namespace Qt::StringLiterals;
 using TestFiles::at;
 using TestFiles::write;
 
@@ -34,6 +39,7 @@ private Q_SLOTS:
     void cleanup();
     void everyControlHasAName();
     void promptRowsSayWhichPrompt();
+    void quietTextStillReads();
 
 private:
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
@@ -154,6 +160,43 @@ void TestAccessibility::promptRowsSayWhichPrompt()
     // Title, preview and project, in the order a listener wants them.
     QVERIFY2(spoken.contains(u"Alpha, Hello {{name}}, welcome., in Recent Prompts"), qPrintable(spoken.join(u" | ")));
     QVERIFY2(spoken.contains(u"Beta, banana bread, in Work"), qPrintable(spoken.join(u" | ")));
+}
+
+namespace {
+
+double luminance(const QColor &c)
+{
+    const auto linear = [](double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(c.redF()) + 0.7152 * linear(c.greenF()) + 0.0722 * linear(c.blueF());
+}
+
+double contrast(const QColor &a, const QColor &b)
+{
+    const double la = luminance(a), lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+} // namespace
+
+void TestAccessibility::quietTextStillReads()
+{
+#ifndef VESK_APP_PALETTES
+    QSKIP("the system's own palettes");
+#else
+    // Footnotes, "Located in" lines, previews and counts are body text:
+    // 4.5:1 on the window and on text fields, in both schemes.
+    for (const auto scheme : {SystemAppearance::Scheme::Light, SystemAppearance::Scheme::Dark}) {
+        SystemAppearance::apply(scheme);
+        const QPalette palette = QApplication::palette();
+        for (const QColor &text : {Theme::secondaryText(palette), Theme::tertiaryText(palette)}) {
+            for (const QColor &under : {palette.color(QPalette::Window), palette.color(QPalette::Base)}) {
+                const double ratio = contrast(text, under);
+                QVERIFY2(ratio >= 4.5, qPrintable(u"%1 on %2: %3:1"_s.arg(text.name(), under.name()).arg(ratio, 0, 'f', 2)));
+            }
+        }
+    }
+    SystemAppearance::apply(SystemAppearance::Scheme::Light);
+#endif
 }
 
 QTEST_MAIN(TestAccessibility)

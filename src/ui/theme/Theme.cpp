@@ -45,14 +45,14 @@ QColor primaryText(const QPalette &palette)
 
 QColor secondaryText(const QPalette &palette)
 {
-    return textOverWindow(palette, isDark(palette) ? 0.62 : 0.58);
+    return textOverWindow(palette, isDark(palette) ? 0.72 : 0.68);
 }
 
 QColor tertiaryText(const QPalette &palette)
 {
-    // The quietest text still reads at 3:1 or better on the window and the
-    // text background, in both schemes.
-    return textOverWindow(palette, isDark(palette) ? 0.44 : 0.47);
+    // The quietest text is still body text: 4.5:1 or better on the window
+    // and the text background, in both schemes.
+    return textOverWindow(palette, isDark(palette) ? 0.55 : 0.56);
 }
 
 QColor accent(const QPalette &palette)
