@@ -428,8 +428,11 @@ void TestDetail::anotherProgramsVersionCanBeRestored()
     // ...and offers theirs back.
     auto *bar = m_view->findChild<QWidget *>(QStringLiteral("otherVersionBar"));
     QVERIFY(bar && bar->isVisible());
-    m_view->findChild<QPushButton *>(QStringLiteral("restoreOtherVersion"))->click();
+    auto *restore = m_view->findChild<QPushButton *>(QStringLiteral("restoreOtherVersion"));
+    restore->setFocus(Qt::TabFocusReason); // answered from the keyboard
+    QTest::keyClick(restore, Qt::Key_Space);
     QVERIFY(bar->isHidden());
+    QVERIFY(m_view->editor()->hasFocus()); // back in the text, not on to some other control
     QCOMPARE(m_view->editor()->toPlainText(), u"\nTheirs.");
     m_state->flushPendingSave();
     QCOMPARE(read(path("Inbox/plain.md")), "---\ntitle: Plain\n---\n\nTheirs.");

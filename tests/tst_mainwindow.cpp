@@ -13,6 +13,7 @@
 #include "ui/shell/WelcomeView.h"
 #include "ui/sidebar/SidebarModel.h"
 #include "ui/theme/Theme.h"
+#include "ui/sidebar/SidebarTree.h"
 #include "ui/sidebar/SidebarView.h"
 
 #include <QAction>
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void commandsAndSidebarButtons();
     void reloadWritesThePendingEditFirst();
     void newPromptWritesTheOpenPromptsEditFirst();
+    void newPromptUnfoldsItsSection();
     void copyFromTheSidebarActsOnOneSelectedPrompt();
     void keyboardReachesEveryControl();
     void searchResultsByKeyboard();
@@ -63,6 +65,7 @@ private Q_SLOTS:
     void newProjectDialog();
     void appearanceResolution();
     void settingsStoreUnderTheirKeys();
+    void settingsHasOneNameAndOpensOverTheWindow();
     void autoPasteAsksForAccessibilityWhenSwitchedOn();
     void handoffFootnotesNameThePlatformsTerms();
     void handoffButtonFollowsTheSettings();
@@ -158,6 +161,68 @@ void TestMainWindow::searchResultsAndLeavingASearch()
     QCOMPARE(window->searchField()->text(), QString());
     QCOMPARE(window->currentDetail(), Detail::Prompt);
     QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+
+    // Return in the field itself opens the first result.
+    window->searchField()->setFocus();
+    QTest::keyClicks(window->searchField(), QStringLiteral("banana"));
+    QVERIFY(state->isSearching());
+    QTest::keyClick(window->searchField(), Qt::Key_Return);
+    QVERIFY(!state->isSearching());
+    QCOMPARE(window->promptDetail()->draft().id, u"Inbox/b.md");
+
+    // Return on a sidebar row goes on into that prompt's text.
+    SidebarTree *tree = window->sidebar()->tree();
+    tree->setFocus();
+    const QModelIndex row = window->sidebar()->model()->promptIndex(QStringLiteral("Inbox/a.md"));
+    QVERIFY(row.isValid());
+    tree->setCurrentIndex(row);
+    QCOMPARE(window->promptDetail()->draft().id, u"Inbox/a.md");
+    QTest::keyClick(tree, Qt::Key_Return);
+    QCOMPARE(QApplication::focusWidget(), window->promptDetail()->editor());
+}
+
+void TestMainWindow::newPromptUnfoldsItsSection()
+{
+    MainWindow *window = m_app->mainWindow();
+    SidebarView *sidebar = window->sidebar();
+    sidebar->setSectionExpanded(QStringLiteral("Inbox"), false);
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    QTest::keyClick(window, Qt::Key_N, Qt::ControlModifier);
+    const QSet<QString> selected = m_app->state()->selectedPromptIDs();
+    QCOMPARE(selected.size(), 1);
+    const std::optional<QString> created = *selected.begin();
+    QVERIFY(created->startsWith(u"Inbox/") && *created != u"Inbox/a.md" && *created != u"Inbox/b.md");
+    QVERIFY(sidebar->isSectionExpanded(QStringLiteral("Inbox")));
+    const QModelIndex row = sidebar->model()->promptIndex(*created);
+    QVERIFY(sidebar->tree()->isExpanded(row.parent()));
+    QVERIFY(sidebar->tree()->selectionModel()->isSelected(row));
+    QVERIFY(sidebar->tree()->viewport()->rect().intersects(sidebar->tree()->visualRect(row)));
+}
+
+void TestMainWindow::settingsHasOneNameAndOpensOverTheWindow()
+{
+    MainWindow *window = m_app->mainWindow();
+    QAction *open = nullptr;
+    for (QAction *action : window->findChildren<QAction *>())
+        if (action->menuRole() == QAction::PreferencesRole)
+            open = action;
+    QVERIFY(open);
+    open->trigger();
+    SettingsWindow *settings = m_app->settingsWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(settings));
+    // The menu, the window and the welcome screen use the same word.
+    const QString name = settings->windowTitle();
+    QVERIFY(name == u"Settings" || name == u"Preferences");
+    QCOMPARE(open->text(), name + u"…");
+    bool welcomeSays = false;
+    for (QLabel *label : window->welcome()->findChildren<QLabel *>())
+        welcomeSays = welcomeSays || label->text().contains(u"Pick the target in " + name + u".");
+    QVERIFY(welcomeSays);
+    // It belongs to the main window, opens over it, and cannot be maximised.
+    QCOMPARE(settings->parentWidget(), window);
+    QVERIFY(settings->isWindow());
+    QVERIFY(!(settings->windowFlags() & Qt::WindowMaximizeButtonHint));
+    QVERIFY(window->geometry().contains(settings->geometry().center()));
 }
 
 void TestMainWindow::commandsAndSidebarButtons()
@@ -282,9 +347,13 @@ void TestMainWindow::keyboardReachesEveryControl()
                                        detail->copyButton(), detail->handoffButton(), detail->editor()};
     QCOMPARE(visited, expected);
 
-    // And each shows its focus.
-    for (QWidget *button : {expected[0], expected[1], expected[3], expected[6], expected[7], expected[8]}) {
-        button->setFocus(Qt::TabFocusReason);
+    // And each shows its focus, reached with Tab as a user reaches it.
+    for (const qsizetype i : {0, 1, 3, 6, 7, 8}) {
+        QWidget *button = expected[i];
+        QWidget *before = expected[(i + expected.size() - 1) % expected.size()];
+        before->setFocus(Qt::OtherFocusReason);
+        QTest::keyClick(before, Qt::Key_Tab, before == detail->editor() ? Qt::ControlModifier : Qt::NoModifier);
+        QCOMPARE(QApplication::focusWidget(), button);
         const QImage focused = button->grab().toImage();
         window->searchField()->setFocus(Qt::TabFocusReason);
         QVERIFY2(button->grab().toImage() != focused, qPrintable(button->toolTip()));

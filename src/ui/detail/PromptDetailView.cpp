@@ -112,10 +112,16 @@ PromptDetailView::PromptDetailView(AppState *state, QWidget *parent)
 
     m_otherVersionBar->hide();
     connect(m_state, &AppState::overwrittenVersionKept, this, &PromptDetailView::updateOtherVersionBar);
-    connect(m_otherVersionBar, &OtherVersionBar::restoreRequested, this, &PromptDetailView::restoreOtherVersion);
+    // Either answer hides the bar with the button that had the focus: the
+    // keyboard goes back to the text the answer was about.
+    connect(m_otherVersionBar, &OtherVersionBar::restoreRequested, this, [this] {
+        restoreOtherVersion();
+        m_editor->setFocus(Qt::OtherFocusReason);
+    });
     connect(m_otherVersionBar, &OtherVersionBar::keepRequested, this, [this] {
         m_state->forgetOverwrittenVersion(m_draft.id);
         updateOtherVersionBar();
+        m_editor->setFocus(Qt::OtherFocusReason);
     });
 }
 

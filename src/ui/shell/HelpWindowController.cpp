@@ -18,6 +18,15 @@ HelpWindowController::HelpWindowController(HelpBook::Locations locations, QObjec
 
 HelpWindowController::~HelpWindowController()
 {
+    // The shared controller ends with the application object, after the
+    // widgets' machinery: a window still open then is left to the
+    // application's own end (newer Qt deletes it, older leaves it to the
+    // process), never deleted here.
+    if (QCoreApplication::closingDown()) {
+        if (m_window)
+            m_window->removeEventFilter(this);
+        return;
+    }
     discardWindow();
 }
 

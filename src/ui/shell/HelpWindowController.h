@@ -4,6 +4,7 @@
 #include "HelpBrowser.h"
 
 #include <QObject>
+#include <QPointer>
 
 class QWidget;
 
@@ -45,6 +46,8 @@ private:
 
     HelpBook::Locations m_locations;
     HelpBrowser::UrlOpener m_openExternal;
-    QWidget *m_window = nullptr;
-    HelpBrowser *m_browser = nullptr;
+    // Tracked, not owned alone: the application deletes its remaining
+    // windows when it ends, possibly before this controller.
+    QPointer<QWidget> m_window;
+    QPointer<HelpBrowser> m_browser;
 };

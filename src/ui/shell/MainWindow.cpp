@@ -6,8 +6,11 @@
 #include "PromptLibrary.h"
 #include "SearchResultsView.h"
 #include "WelcomeView.h"
+#include "platform/PlatformTerms.h"
 #include "platform/Workspace.h"
 #include "ui/detail/PromptDetailView.h"
+#include "ui/sidebar/SidebarModel.h"
+#include "ui/sidebar/SidebarTree.h"
 #include "ui/sidebar/SidebarView.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ShortcutText.h"
@@ -20,6 +23,7 @@
 #include <QLayout>
 #include <QGuiApplication>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QMenuBar>
 #include <QSettings>
 #include <QShortcut>
@@ -96,6 +100,14 @@ MainWindow::MainWindow(AppState *state, QWidget *parent)
             m_search->setText(m_state->searchQuery());
     });
 
+    // Return on a prompt's row goes on into its text, as Return in a list
+    // opens what it lists.
+    connect(m_sidebar->tree(), &QAbstractItemView::activated, this, [this](const QModelIndex &index) {
+        if (SidebarModel::kind(index) == SidebarModel::RowKind::Prompt && currentDetail() == Detail::Prompt
+            && m_promptDetail->draft().id == index.data(SidebarModel::PromptIdRole).toString())
+            m_promptDetail->editor()->setFocus(Qt::OtherFocusReason);
+    });
+
     if (!restoreGeometry(QSettings().value(geometryKey).toByteArray()))
         resize(920, 640);
     refresh();
@@ -132,7 +144,7 @@ void MainWindow::buildActions()
     // Closing the windows quits, as closing the main window does.
     connect(m_quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
 
-    m_preferences = new QAction(QStringLiteral("Preferences…"), this);
+    m_preferences = new QAction(PlatformTerms::settingsName() + u"…", this);
     m_preferences->setMenuRole(QAction::PreferencesRole);
     m_preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(m_preferences, &QAction::triggered, this, &MainWindow::preferencesRequested);
@@ -251,8 +263,12 @@ bool MainWindow::eventFilter(QObject *watched, QEvent *event)
             m_search->clear();
             return true;
         }
-        // Down goes on into the results, as from any search field.
+        // Down goes on into the results, as from any search field; Return
+        // opens the first.
         if (key == Qt::Key_Down && currentDetail() == Detail::SearchResults && m_searchResults->enterFromSearchField())
+            return true;
+        if ((key == Qt::Key_Return || key == Qt::Key_Enter) && currentDetail() == Detail::SearchResults
+            && m_searchResults->pickFirst())
             return true;
     }
     return QMainWindow::eventFilter(watched, event);

@@ -239,6 +239,14 @@ bool SearchResultsView::enterFromSearchField()
     return true;
 }
 
+bool SearchResultsView::pickFirst()
+{
+    if (currentWidget() != m_list || m_model->rowCount() == 0)
+        return false;
+    m_list->selectionModel()->select(m_model->index(0), QItemSelectionModel::ClearAndSelect);
+    return true;
+}
+
 void SearchResultsView::setResults(const QList<Prompt> &prompts, const QList<qsizetype> &indices)
 {
     setCurrentWidget(indices.isEmpty() ? m_noMatches : static_cast<QWidget *>(m_list));

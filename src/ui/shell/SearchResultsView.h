@@ -41,6 +41,8 @@ public:
     SearchResultsModel *model() const { return m_model; }
     // Keyboard focus into the results, on the first one, without picking it.
     bool enterFromSearchField();
+    // Picks the first result, as a click on it would; false when there is none.
+    bool pickFirst();
 
 private:
     AppState *m_state;

@@ -1,5 +1,7 @@
 #include "SettingsWindow.h"
 
+#include "platform/PlatformTerms.h"
+
 #include "Preferences.h"
 #include "platform/Accessibility.h"
 #include "ui/detail/HandoffApp.h"
@@ -56,8 +58,10 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
     , m_autoPaste(new QCheckBox(QStringLiteral("Paste into the app automatically"), this))
 {
     setObjectName(QStringLiteral("settings"));
-    setWindowTitle(QStringLiteral("Settings"));
+    setWindowTitle(PlatformTerms::settingsName());
     setFixedSize(520, 360);
+    // A fixed-size tool window: it cannot be maximised, only closed.
+    setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 16, 20, 16);

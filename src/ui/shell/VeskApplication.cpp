@@ -38,6 +38,8 @@ VeskApplication::VeskApplication(const QString &rootPath, QObject *parent)
     SystemAppearance::watch(this, [this] { updateAppAppearance(); });
     connect(m_window.get(), &MainWindow::preferencesRequested, this, [this] {
         SettingsWindow *settings = settingsWindow();
+        if (!settings->isVisible())
+            settings->move(m_window->geometry().center() - settings->rect().center());
         settings->show();
         settings->raise();
         settings->activateWindow();
@@ -74,7 +76,8 @@ VeskApplication::~VeskApplication()
 SettingsWindow *VeskApplication::settingsWindow()
 {
     if (!m_settings) {
-        m_settings = new SettingsWindow(m_preferences);
+        // The main window's own: kept above it and opened over it.
+        m_settings = new SettingsWindow(m_preferences, m_window.get());
         m_settings->setAttribute(Qt::WA_QuitOnClose, false); // closing the main window quits
     }
     return m_settings;

@@ -1,5 +1,7 @@
 #include "WelcomeView.h"
 
+#include "platform/PlatformTerms.h"
+
 #include "AppState.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ShortcutText.h"
@@ -119,8 +121,8 @@ WelcomeView::WelcomeView(AppState *state, QWidget *parent)
                           {}),
                      0, Qt::AlignHCenter);
     steps->addWidget(step(4, QStringLiteral("Hand off to Claude or ChatGPT"),
-                          QStringLiteral("Copy the filled prompt and bring your chosen app to the foreground in one "
-                                         "action. Pick the target in Settings."),
+                          u"Copy the filled prompt and bring your chosen app to the foreground in one "
+                          u"action. Pick the target in " + PlatformTerms::settingsName() + u".",
                           native(QKeySequence(Qt::CTRL | Qt::Key_Return))),
                      0, Qt::AlignHCenter);
     column->addLayout(steps);

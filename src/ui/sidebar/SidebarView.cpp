@@ -94,6 +94,15 @@ SidebarView::SidebarView(AppState *state, QWidget *parent)
     connect(m_model, &QAbstractItemModel::layoutAboutToBeChanged, this, &SidebarView::noteSelectedRowOnScreen);
     connect(m_model, &QAbstractItemModel::layoutChanged, this, &SidebarView::keepSelectedRowOnScreen);
     connect(m_state, &AppState::selectedPromptIDsChanged, this, &SidebarView::syncSelectionFromState);
+    // A new prompt is shown where it was made, even in a folded section.
+    connect(m_state, &AppState::pendingEditorFocusIDChanged, this, [this] {
+        const std::optional<QString> &id = m_state->pendingEditorFocusID();
+        const QModelIndex row = id ? m_model->promptIndex(*id) : QModelIndex();
+        if (!row.isValid() || m_tree->isExpanded(row.parent()))
+            return;
+        setSectionExpanded(row.parent().data(SidebarModel::SectionIdRole).toString(), true);
+        m_tree->scrollTo(row);
+    });
     connect(m_state, &AppState::changed, this, &SidebarView::updateSearchHeader);
 
     applyExpansion();

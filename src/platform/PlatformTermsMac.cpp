@@ -1,0 +1,10 @@
+#include "PlatformTerms.h"
+
+namespace PlatformTerms {
+
+QString settingsName()
+{
+    return QStringLiteral("Settings");
+}
+
+} // namespace PlatformTerms
