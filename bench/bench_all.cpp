@@ -14,6 +14,7 @@
 // With --folder the generated libraries are kept there and reused.
 
 #include "LibraryGenerator.h"
+#include "MemoryUsage.h"
 #include "PromptLibrary.h"
 #include "VeskConst.h"
 
@@ -157,7 +158,7 @@ ProcessRun runProcess(const QStringList &command, const QString &outputFile = QS
         rusage usage{};
         ::wait4(pid, &status, 0, &usage);
         run.ms = timer.nsecsElapsed() / 1e6;
-        run.peakKiB = usage.ru_maxrss;
+        run.peakKiB = MemoryUsage::peakResidentKiB(usage);
         run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     posix_spawn_file_actions_destroy(&actions);

@@ -5,6 +5,7 @@
 
 #include "LibraryGenerator.h"
 #include "LibraryQueries.h"
+#include "MemoryUsage.h"
 #include "PromptLibrary.h"
 
 #include <QCoreApplication>
@@ -17,7 +18,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -56,13 +56,6 @@ void catAll(const QString &root)
     shell.waitForFinished(-1);
 }
 
-long peakResidentKiB()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss; // KiB on Linux, bytes on macOS
-}
-
 int runOne(int promptCount)
 {
     QTemporaryDir dir;
@@ -75,7 +68,7 @@ int runOne(int promptCount)
     // A real library was not written in the last seconds; files that were are
     // always read again (see PromptLibrary), which is not what is measured.
     QThread::msleep(3500);
-    const long rssBefore = peakResidentKiB();
+    const long rssBefore = MemoryUsage::ownPeakResidentKiB();
 
     const bool cold = dropPageCache();
     const double catCold = milliseconds([&] { catAll(root); });
@@ -100,7 +93,7 @@ int runOne(int promptCount)
     const double searchMiss = median(21, [&] {
         LibraryQueries::searchResults(library->prompts(), QStringLiteral("no such words")).size();
     });
-    const long rssAfter = peakResidentKiB();
+    const long rssAfter = MemoryUsage::ownPeakResidentKiB();
 
     std::printf("\n%d prompts in %lld projects (page cache %s before the cold runs)\n", promptCount,
                 static_cast<long long>(library->projects().size()), cold ? "dropped" : "NOT dropped: cold = first run");

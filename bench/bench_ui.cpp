@@ -7,6 +7,7 @@
 
 #include "AppState.h"
 #include "LibraryGenerator.h"
+#include "MemoryUsage.h"
 #include "PromptLibrary.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/shell/MainWindow.h"
@@ -87,19 +88,6 @@ void paintPending()
     QCoreApplication::processEvents(QEventLoop::AllEvents);
     if (qEnvironmentVariableIsSet("VESK_BENCH_COUNT_PAINTS"))
         std::fprintf(stderr, "paints %d\n", counter->paints - before);
-}
-
-// The memory the process holds now (VmRSS), where the system tells it.
-double residentMiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-    }
-    return 0;
 }
 
 double msSince(const QElapsedTimer &clock, qint64 startNs)
@@ -214,7 +202,7 @@ int main(int argc, char *argv[])
             std::printf("typing_ms %.3f\n", ms);
         for (const double ms : autosave)
             std::printf("autosave_ms %.3f\n", ms);
-        std::printf("rss_mib %.1f\n", residentMiB());
+        std::printf("rss_mib %.1f\n", MemoryUsage::residentMiB());
         return 0;
     }
 
@@ -226,6 +214,6 @@ int main(int argc, char *argv[])
     std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "deleting query keystroke to painted", c.median, c.worst);
     std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "editor keystroke to painted", t.median, t.worst);
     std::printf("  %-46s %8.1f ms median, %.1f ms worst\n", "autosave: save, reload, refresh, paint", a.median, a.worst);
-    std::printf("  %-46s %8.1f MiB\n", "resident memory", residentMiB());
+    std::printf("  %-46s %8.1f MiB\n", "resident memory", MemoryUsage::residentMiB());
     return 0;
 }

@@ -1,8 +1,13 @@
 #!/usr/bin/env bash
 # Builds a release of Vesk into build-package/ and packs it into dist/.
 #   macOS: dist/Vesk.app, self-contained (macdeployqt copies in the Qt
-#          frameworks and plugins) and signed ad hoc, with vesk-cli inside
+#          frameworks and plugins) and signed, with vesk-cli inside
 #          (Contents/MacOS/vesk-cli), and dist/Vesk-VERSION.dmg.
+#          VESK_SIGN_IDENTITY names the code-signing identity to sign with
+#          (as `security find-identity -p codesigning` lists it, e.g.
+#          "Developer ID Application: Jane Doe (TEAMID)" or a self-signed
+#          certificate made in Keychain Access); without it the app is
+#          signed ad hoc, with a warning.
 #   Linux: dist/vesk-VERSION-linux-ARCH.tar.gz, the install tree under usr/
 #          (what `cmake --install` puts into a prefix).
 set -euo pipefail
@@ -89,8 +94,22 @@ if ((${#problems[@]})); then
     die "the bundle would not run on every Mac it claims to (build on an older macOS, or raise CMAKE_OSX_DEPLOYMENT_TARGET)"
 fi
 
-# An ad-hoc signature over everything macdeployqt changed, then checked.
-codesign --force --deep --sign - "$app"
+# A signature over everything macdeployqt changed, then checked. macOS keeps
+# the Accessibility permission (auto-paste) for the signature's designated
+# requirement: with a stable identity it names the certificate and carries
+# over to the next build; an ad-hoc signature names the build's own hash, so
+# after each update macOS still lists Vesk as allowed but refuses it.
+identity=${VESK_SIGN_IDENTITY:-}
+if [[ -n $identity ]]; then
+    say "Signing with \"$identity\""
+    codesign --force --deep --sign "$identity" "$app" ||
+        die "could not sign with VESK_SIGN_IDENTITY \"$identity\" (security find-identity -p codesigning lists the identities in your keychains)"
+else
+    printf 'package: warning: signing ad hoc. Set VESK_SIGN_IDENTITY to a code-signing identity for a\n' >&2
+    printf 'package: warning: signature that stays the same across builds; with an ad-hoc one, auto-paste\n' >&2
+    printf 'package: warning: needs the Accessibility permission granted again after every update.\n' >&2
+    codesign --force --deep --sign - "$app"
+fi
 codesign --verify --deep --strict --verbose=2 "$app"
 
 # The deployed vesk-cli runs on the bundle's own Qt.
@@ -102,6 +121,21 @@ rm -rf "$library"
 staging=$(mktemp -d)
 ditto "$app" "$staging/Vesk.app"
 ln -s /Applications "$staging/Applications"
-hdiutil create -volname Vesk -srcfolder "$staging" -ov -format UDZO "$dist/Vesk-$version.dmg" >/dev/null
+# hdiutil now and then fails with "Resource busy" while the system still
+# looks at the new folder (on CI runners especially): try again a moment later.
+made=false
+for attempt in 1 2 3; do
+    if hdiutil create -volname Vesk -srcfolder "$staging" -ov -format UDZO "$dist/Vesk-$version.dmg" >/dev/null; then
+        made=true
+        break
+    fi
+    say "hdiutil create failed (attempt $attempt of 3)"
+    sleep 5
+done
 rm -rf "$staging"
-say "Made $app and $dist/Vesk-$version.dmg (signed ad hoc: on another Mac, open it the first time with right-click > Open)"
+$made || die "could not make the disk image"
+if [[ -n $identity ]]; then
+    say "Made $app and $dist/Vesk-$version.dmg (signed by \"$identity\")"
+else
+    say "Made $app and $dist/Vesk-$version.dmg (signed ad hoc: on another Mac, open it the first time with right-click > Open)"
+fi

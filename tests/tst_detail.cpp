@@ -223,6 +223,11 @@ void TestDetail::fillSheetCopiesFilledTextOrNothing()
     m_view->copyButton()->click();
     QPointer<VariableFillSheet> sheet = m_view->fillSheet();
     QVERIFY(sheet && sheet->isVisible());
+    // A sheet of the window (a real one on macOS), not a drawer: Qt::Sheet
+    // is the window type, not OR-ed into the dialog's.
+    QCOMPARE(sheet->windowType(), Qt::Sheet);
+    QCOMPARE(sheet->windowModality(), Qt::WindowModal);
+    QCOMPARE(sheet->parentWidget()->window(), m_view->window());
     QCOMPARE(QGuiApplication::clipboard()->text(), u"untouched"); // nothing copied yet
     QVERIFY(sheet->field(QStringLiteral("name")) && sheet->field(QStringLiteral("place")));
 

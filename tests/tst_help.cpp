@@ -1,5 +1,6 @@
 #include "FakeAccessibility.h"
 #include "TestFiles.h"
+#include "platform/DesktopConventions.h"
 #include "ui/shell/HelpBook.h"
 #include "ui/shell/HelpBrowser.h"
 #include "ui/shell/HelpWindowController.h"
@@ -121,6 +122,7 @@ private Q_SLOTS:
     void pagesFollowThePalette();
     void pagesShowThePlatformsKeysAndPassages();
 
+    void anInstalledBookIsFoundInTheDesktopsDataFolders();
     void helpMenuOpensTheIndex();
     void closingTheMainWindowQuitsWithHelpOpen(); // runs the event loop to its end: keep it last
 
@@ -534,12 +536,31 @@ void TestHelp::pagesShowThePlatformsKeysAndPassages()
     QVERIFY(!mac.contains(u"Linux") && !mac.contains(u"file manager"));
 }
 
-void TestHelp::helpMenuOpensTheIndex()
+void TestHelp::anInstalledBookIsFoundInTheDesktopsDataFolders()
 {
-    // The application's own instance finds an installed book through the
-    // desktop's data folders.
+    if (DesktopConventions::desktop() == DesktopConventions::Desktop::MacOS)
+        QSKIP("The XDG data folders are Linux's; a macOS bundle carries its book in its own resources");
+    // The application's own locations find an installed book through the
+    // desktop's data folders ($XDG_DATA_HOME first).
+    const QByteArray oldDataHome = qgetenv("XDG_DATA_HOME");
     qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("data"))));
     write(path(u"data/vesk/" + book + u"index.html"), page("installed index"));
+    const QString found = HelpBook::findPage(HelpBook::Locations::forApplication(), QStringLiteral("index.html"));
+    if (oldDataHome.isNull())
+        qunsetenv("XDG_DATA_HOME");
+    else
+        qputenv("XDG_DATA_HOME", oldDataHome);
+    QCOMPARE(found, path(u"data/vesk/" + book + u"index.html"));
+}
+
+void TestHelp::helpMenuOpensTheIndex()
+{
+    // The application's own instance, pointed at a book of this test's (where
+    // the platform looks is the test above's and theBuildFolderHoldsTheBook's).
+    write(path(u"book/" + book + u"index.html"), page("the book's index"));
+    HelpWindowController &shared = HelpWindowController::shared();
+    const HelpBook::Locations applicationLocations = shared.locations();
+    shared.setLocations({{path(u"book/" + book)}, {}});
     QTemporaryDir library;
     FakeAccessibility accessibility;
     VeskApplication vesk(library.path() + u"/prompts");
@@ -558,14 +579,14 @@ void TestHelp::helpMenuOpensTheIndex()
     window->show();
     QVERIFY(QTest::qWaitForWindowExposed(window));
     QTest::keyClick(window, Qt::Key_Slash, Qt::ControlModifier);
-    HelpWindowController &shared = HelpWindowController::shared();
     QCOMPARE(&shared, &HelpWindowController::shared());
     QVERIFY(shared.window() && shared.window()->isVisible());
     QCOMPARE(shared.window()->windowTitle(), QStringLiteral("Vesk Help"));
     QCOMPARE(shared.browser()->source().fileName(), QStringLiteral("index.html"));
-    QCOMPARE(shownText(shared), QStringLiteral("installed index"));
+    QCOMPARE(shownText(shared), QStringLiteral("the book's index"));
 
     shared.discardWindow();
+    shared.setLocations(applicationLocations);
 }
 
 void TestHelp::closingTheMainWindowQuitsWithHelpOpen()

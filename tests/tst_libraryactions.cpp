@@ -4,6 +4,7 @@
 #include "FakeAlerts.h"
 #include "LibraryActions.h"
 #include "PromptLibrary.h"
+#include "RecordingTrash.h"
 #include "TestFiles.h"
 
 using TestFiles::at;
@@ -16,9 +17,7 @@ class TestLibraryActions : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void init();
-    void cleanupTestCase();
 
     void pinKeepsThePendingEdit();
     void trashOnePromptNamesIt();
@@ -36,9 +35,7 @@ private:
     Project project(const QString &name) const { return *m_library->project(name); }
     void open();
 
-    std::unique_ptr<QTemporaryDir> m_home;
-    QByteArray m_oldHome;
-    QByteArray m_oldDataHome;
+    std::unique_ptr<RecordingTrash> m_trash; // never the account's own Trash
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<PromptLibrary> m_library;
     std::unique_ptr<AppState> m_state;
@@ -46,25 +43,10 @@ private:
     std::unique_ptr<LibraryActions> m_actions;
 };
 
-void TestLibraryActions::initTestCase()
-{
-    // Trashed files go to a Trash inside a throwaway home.
-    m_oldHome = qgetenv("HOME");
-    m_oldDataHome = qgetenv("XDG_DATA_HOME");
-    m_home = std::make_unique<QTemporaryDir>();
-    qputenv("HOME", QFile::encodeName(m_home->path()));
-    qunsetenv("XDG_DATA_HOME");
-}
-
-void TestLibraryActions::cleanupTestCase()
-{
-    qputenv("HOME", m_oldHome);
-    if (!m_oldDataHome.isNull())
-        qputenv("XDG_DATA_HOME", m_oldDataHome);
-}
-
 void TestLibraryActions::init()
 {
+    m_trash.reset();
+    m_trash = std::make_unique<RecordingTrash>();
     m_dir = std::make_unique<QTemporaryDir>();
     write(path("Inbox/a.md"), "---\ntitle: A\n---\n\nbody a", at(50));
     write(path("Inbox/blank.md"), "---\ntitle:   \n---\n\nno title", at(45));
@@ -112,7 +94,8 @@ void TestLibraryActions::trashOnePromptNamesIt()
     QVERIFY(!alert.field);
     QVERIFY(!QFile::exists(path("Inbox/blank.md")));
     QVERIFY(!m_library->prompt(QStringLiteral("Inbox/blank.md")));
-    QCOMPARE(read(m_home->path() + u"/.local/share/Trash/files/blank.md"), "---\ntitle:   \n---\n\nno title");
+    QCOMPARE(m_trash->trashed, QStringList{path("Inbox/blank.md")});
+    QCOMPARE(read(m_trash->trashedPath(0)), "---\ntitle:   \n---\n\nno title");
     QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{QStringLiteral("Work/w1.md")});
 }
 
@@ -211,7 +194,8 @@ void TestLibraryActions::trashProjectClearsItsPromptsFromTheSelection()
     m_actions->confirmAndDeleteProject(project("Work"));
     QCOMPARE(m_alerts.shown.last().message, u"Move “Work” to Trash?");
     QVERIFY(!QFile::exists(path("Work")));
-    QVERIFY(QFile::exists(m_home->path() + u"/.local/share/Trash/files/Work/p1.md"));
+    QCOMPARE(m_trash->trashed, QStringList{path("Work")});
+    QVERIFY(QFile::exists(m_trash->trashedPath(0, QStringLiteral("p1.md"))));
     QVERIFY(!m_library->project(QStringLiteral("Work")));
     QCOMPARE(m_state->selectedPromptIDs(), QSet<QString>{QStringLiteral("Inbox/a.md")});
 }

@@ -1,4 +1,5 @@
 #include "PromptLibrary.h"
+#include "RecordingTrash.h"
 #include "TestFiles.h"
 
 #include <QRegularExpression>
@@ -34,6 +35,7 @@ private:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QString::fromUtf8(pattern)));
     }
     QString path(const QString &relative) const { return m_dir->path() + u'/' + relative; }
+    RecordingTrash m_trash; // never the account's own Trash
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<PromptLibrary> m_library;
 };

@@ -1,4 +1,5 @@
 #include "PromptLibrary.h"
+#include "RecordingTrash.h"
 #include "TestFiles.h"
 
 #include <QRandomGenerator>
@@ -16,21 +17,13 @@ class TestLibraryRefresh : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void matchesALoadFromScratch();
     void otherProgramsAreSeenAtTheNextReload();
 
 private:
     static void compareWithFreshLoad(const PromptLibrary &library, const QString &root, const QString &after);
-    QTemporaryDir m_home;
+    RecordingTrash m_trash; // trashing never reaches the account's own Trash
 };
-
-void TestLibraryRefresh::initTestCase()
-{
-    // Trashing goes to a Trash of this test's own.
-    qputenv("HOME", QFile::encodeName(m_home.path()));
-    qputenv("XDG_DATA_HOME", QFile::encodeName(m_home.path() + u"/share"));
-}
 
 void TestLibraryRefresh::compareWithFreshLoad(const PromptLibrary &library, const QString &root, const QString &after)
 {

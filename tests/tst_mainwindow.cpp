@@ -3,6 +3,7 @@
 #include "ProjectNamePrompter.h"
 #include "PromptLibrary.h"
 #include "TestFiles.h"
+#include "platform/DesktopConventions.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/shell/MainWindow.h"
 #include "ui/shell/Placeholder.h"
@@ -35,6 +36,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QTimer>
+#include <QWindow>
 
 using TestFiles::at;
 using TestFiles::write;
@@ -218,9 +220,7 @@ void TestMainWindow::settingsHasOneNameAndOpensOverTheWindow()
     for (QLabel *label : window->welcome()->findChildren<QLabel *>())
         welcomeSays = welcomeSays || label->text().contains(u"Pick the target in " + name + u".");
     QVERIFY(welcomeSays);
-    // It belongs to the main window, opens over it, and cannot be maximised.
-    QCOMPARE(settings->parentWidget(), window);
-    QVERIFY(settings->isWindow());
+    // It opens over the main window and cannot be maximised.
     QVERIFY(!(settings->windowFlags() & Qt::WindowMaximizeButtonHint));
     QVERIFY(window->geometry().contains(settings->geometry().center()));
 }
@@ -329,15 +329,15 @@ void TestMainWindow::keyboardReachesEveryControl()
     auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("toolbar"));
     QWidget *newProject = toolbar->widgetForAction(toolbar->actions().constFirst());
 
-    // Tab goes round every control once (Ctrl+Tab leaves the body, where Tab
-    // types a tab).
+    // Tab goes round every control once (Ctrl+Tab, ⌃⇥ on macOS, leaves the
+    // body, where Tab types a tab).
     newProject->setFocus(Qt::TabFocusReason);
+    const Qt::KeyboardModifier leaveBody = DesktopConventions::leaveEditorModifier();
     QList<QWidget *> visited;
     while (!visited.contains(QApplication::focusWidget()) && visited.size() < 20) {
         QWidget *focused = QApplication::focusWidget();
         visited.append(focused);
-        QTest::keyClick(focused, Qt::Key_Tab, focused == window->promptDetail()->editor() ? Qt::ControlModifier
-                                                                                         : Qt::NoModifier);
+        QTest::keyClick(focused, Qt::Key_Tab, focused == window->promptDetail()->editor() ? leaveBody : Qt::NoModifier);
     }
     QCOMPARE(QApplication::focusWidget(), newProject);
     PromptDetailView *detail = window->promptDetail();

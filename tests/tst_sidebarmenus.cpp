@@ -4,7 +4,9 @@
 #include "AppState.h"
 #include "FakeAlerts.h"
 #include "PromptLibrary.h"
+#include "RecordingTrash.h"
 #include "TestFiles.h"
+#include "platform/Workspace.h"
 #include "ui/sidebar/SidebarModel.h"
 #include "ui/sidebar/SidebarView.h"
 
@@ -53,8 +55,6 @@ class TestSidebarMenus : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
     void init();
 
     void noPromptNoMenu();
@@ -80,9 +80,7 @@ private:
     // Runs `open`, which may show a menu; returns that menu's entries, closed.
     QStringList shownMenu(const std::function<void()> &open, QPoint *at = nullptr);
 
-    std::unique_ptr<QTemporaryDir> m_home;
-    QByteArray m_oldHome;
-    QByteArray m_oldDataHome;
+    RecordingTrash m_trash; // never the account's own Trash
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<PromptLibrary> m_library;
     std::unique_ptr<AppState> m_state;
@@ -90,25 +88,9 @@ private:
     std::unique_ptr<QMenu> m_menu;
     ScriptedAlerts m_alerts;
     QStringList m_revealed;
-    const QString reveal = QStringLiteral("Show in File Manager");
+    // The platform's own words: "Reveal in Finder", "Show in File Manager".
+    const QString reveal = Workspace::revealActionTitle();
 };
-
-void TestSidebarMenus::initTestCase()
-{
-    // Trashed files go to a Trash inside a throwaway home.
-    m_oldHome = qgetenv("HOME");
-    m_oldDataHome = qgetenv("XDG_DATA_HOME");
-    m_home = std::make_unique<QTemporaryDir>();
-    qputenv("HOME", QFile::encodeName(m_home->path()));
-    qunsetenv("XDG_DATA_HOME");
-}
-
-void TestSidebarMenus::cleanupTestCase()
-{
-    qputenv("HOME", m_oldHome);
-    if (!m_oldDataHome.isNull())
-        qputenv("XDG_DATA_HOME", m_oldDataHome);
-}
 
 void TestSidebarMenus::init()
 {
@@ -276,6 +258,8 @@ void TestSidebarMenus::promptItemsAct()
     item(m_menu.get(), QStringLiteral("Move to Trash…"))->trigger();
     QCOMPARE(m_alerts.shown.last().message, u"Move “B” to Trash?");
     QVERIFY(!QFile::exists(path("Inbox/b.md")));
+    QCOMPARE(m_trash.trashed.last(), path("Inbox/b.md"));
+    QCOMPARE(read(m_trash.trashedPath(m_trash.trashed.size() - 1)), "---\ntitle: B\n---\n\nbeta");
 
     select({"Work/a.md", "Work/w1.md", "Home/p2.md"});
     menuFor(row("Work/w1.md"));

@@ -1,8 +1,10 @@
 // FSEvents: one stream over the library's root (it covers the sub-folders)
 // with per-file events, delivered on a private dispatch queue and collected
-// under a lock until the next takeChanges(). Events arrive after a short
-// delay, so a change made a moment before a refresh may only be seen by the
-// next one; reload() on activation walks everything regardless.
+// under a lock until the next takeChanges(). FSEvents delivers
+// asynchronously, so takeChanges() first flushes the stream: Apple documents
+// that when FSEventStreamFlushSync returns, the callback has run for every
+// event that had occurred before the call. A refresh then sees another
+// program's change made a moment before it, as a walk would.
 #include "FolderWatcher.h"
 
 #include <QFile>
@@ -29,6 +31,8 @@ public:
     ~FSEventsWatcher() override
     {
         stop();
+        // stop() waited for a callback already running on the queue, so
+        // nothing touches the members once they go.
         dispatch_release(m_queue);
     }
 
@@ -56,7 +60,8 @@ public:
         if (!m_stream)
             return false;
         FSEventStreamSetDispatchQueue(m_stream, m_queue);
-        if (!FSEventStreamStart(m_stream)) {
+        m_started = FSEventStreamStart(m_stream);
+        if (!m_started) {
             stop();
             return false;
         }
@@ -73,6 +78,10 @@ public:
 
     Changes takeChanges() override
     {
+        // Every event that occurred before this call reaches the callback
+        // first. Not under the lock, which the callback takes.
+        if (m_started)
+            FSEventStreamFlushSync(m_stream);
         std::lock_guard<std::mutex> lock(m_mutex);
         return std::exchange(m_pending, Changes{});
     }
@@ -102,8 +111,15 @@ private:
     {
         if (!m_stream)
             return;
-        FSEventStreamStop(m_stream);
+        // Stop only what started; invalidating takes the stream off the
+        // queue (it was set on one in watch()), so no callback starts after it.
+        if (m_started)
+            FSEventStreamStop(m_stream);
+        m_started = false;
         FSEventStreamInvalidate(m_stream);
+        // A callback that began before is still running on the serial
+        // queue: an empty task after it returns once it has finished.
+        dispatch_sync_f(m_queue, nullptr, [](void *) {});
         FSEventStreamRelease(m_stream);
         m_stream = nullptr;
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -112,6 +128,7 @@ private:
 
     dispatch_queue_t m_queue;
     FSEventStreamRef m_stream = nullptr;
+    bool m_started = false; // FSEventStreamStart succeeded and no Stop since
     QString m_root;
     QString m_realRoot;
     std::mutex m_mutex;

@@ -4,6 +4,33 @@
 
 #import <AppKit/AppKit.h>
 
+#include <utility>
+
+// Receives the system's light/dark switch and passes it on. (Manual retain
+// and release: the project builds Objective-C++ without ARC.)
+@interface VeskAppearanceObserver : NSObject
+- (instancetype)initWithHandler:(std::function<void()>)handler;
+- (void)interfaceThemeChanged:(NSNotification *)notification;
+@end
+
+@implementation VeskAppearanceObserver {
+    std::function<void()> _handler;
+}
+
+- (instancetype)initWithHandler:(std::function<void()>)handler
+{
+    if ((self = [super init]))
+        _handler = std::move(handler);
+    return self;
+}
+
+- (void)interfaceThemeChanged:(NSNotification *)notification
+{
+    (void)notification;
+    _handler();
+}
+@end
+
 namespace SystemAppearance {
 
 bool systemIsDark()
@@ -37,16 +64,21 @@ void apply(Scheme scheme)
 void watch(QObject *context, std::function<void()> onChange)
 {
     // The system posts this when the user switches between light and dark.
-    NSDistributedNotificationCenter *center = [NSDistributedNotificationCenter defaultCenter];
-    id observer = [center addObserverForName:@"AppleInterfaceThemeChangedNotification"
-                                      object:nil
-                                       queue:[NSOperationQueue mainQueue]
-                                  usingBlock:^(NSNotification *notification) {
-                                      (void)notification;
-                                      onChange();
-                                  }];
-    QObject::connect(context, &QObject::destroyed,
-                     [observer] { [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer]; });
+    // AppKit suspends distributed notifications while the app is not
+    // active, and the block-based registration coalesces them until it is
+    // again; "opposite" must follow the switch while Vesk is in the
+    // background, so this one is delivered at once. Distributed
+    // notifications arrive on the main thread.
+    VeskAppearanceObserver *observer = [[VeskAppearanceObserver alloc] initWithHandler:std::move(onChange)];
+    [[NSDistributedNotificationCenter defaultCenter] addObserver:observer
+                                                        selector:@selector(interfaceThemeChanged:)
+                                                            name:@"AppleInterfaceThemeChangedNotification"
+                                                          object:nil
+                                              suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
+    QObject::connect(context, &QObject::destroyed, [observer] {
+        [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer];
+        [observer release];
+    });
 }
 
 } // namespace SystemAppearance

@@ -25,8 +25,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Trash {
-
 namespace {
 
 // A Trash entry's name plus ".trashinfo" must fit the usual 255-byte limit.
@@ -328,9 +326,13 @@ bool moveAcrossMounts(const QByteArray &original, const struct stat &st, const Q
     return false;
 }
 
-} // namespace
+class FreedesktopTrash final : public Trash
+{
+public:
+    bool trashItem(const QString &path, QString *error) override;
+};
 
-bool moveToTrash(const QString &path, QString *error)
+bool FreedesktopTrash::trashItem(const QString &path, QString *error)
 {
     // Absolute without resolving links: trashing a link trashes the link.
     const QString original = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
@@ -373,4 +375,10 @@ bool moveToTrash(const QString &path, QString *error)
     return false;
 }
 
-} // namespace Trash
+} // namespace
+
+Trash &Trash::platform()
+{
+    static FreedesktopTrash trash;
+    return trash;
+}

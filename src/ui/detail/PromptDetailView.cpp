@@ -12,6 +12,7 @@
 #include "TitleField.h"
 #include "VariableFillSheet.h"
 #include "Variables.h"
+#include "platform/DesktopConventions.h"
 #include "ui/shell/Preferences.h"
 #include "ui/theme/ElidedLabel.h"
 #include "ui/theme/Icons.h"
@@ -400,11 +401,13 @@ void PromptDetailView::changeEvent(QEvent *event)
 namespace {
 
 // Tab types a tab in the body; Ctrl+Tab and Ctrl+Shift+Tab leave it, as in
-// other editors that keep Tab for themselves.
+// other editors that keep Tab for themselves (⌃⇥ and ⌃⇧⇥ on macOS, where
+// ⌘⇥ is the system's app switcher).
 bool moveFocusOnControlTab(QWidget *editor, QKeyEvent *key)
 {
     const bool backwards = key->key() == Qt::Key_Backtab || (key->modifiers() & Qt::ShiftModifier);
-    if ((key->key() != Qt::Key_Tab && key->key() != Qt::Key_Backtab) || !(key->modifiers() & Qt::ControlModifier))
+    if ((key->key() != Qt::Key_Tab && key->key() != Qt::Key_Backtab)
+        || !(key->modifiers() & DesktopConventions::leaveEditorModifier()))
         return false;
     for (QWidget *next = backwards ? editor->previousInFocusChain() : editor->nextInFocusChain(); next != editor;
          next = backwards ? next->previousInFocusChain() : next->nextInFocusChain()) {

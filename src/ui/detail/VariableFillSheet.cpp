@@ -36,8 +36,11 @@ VariableFillSheet::VariableFillSheet(const QStringList &variables, const QString
     , m_preview(new QPlainTextEdit(this))
 {
     setWindowTitle(QStringLiteral("Fill Variables"));
+    // A real sheet on macOS, a dialog elsewhere (X11 marks a sheet as a
+    // dialog window). Qt::Sheet replaces QDialog's window type: OR-ed into
+    // Qt::Dialog its bits make Qt::Drawer.
+    setWindowFlags((windowFlags() & ~Qt::WindowType_Mask) | Qt::Sheet);
     setWindowModality(Qt::WindowModal);
-    setWindowFlag(Qt::Sheet); // a real sheet on macOS, a modal dialog elsewhere
     setMinimumSize(640, 360);
     resize(720, 420);
 

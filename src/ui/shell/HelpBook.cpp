@@ -1,9 +1,10 @@
 #include "HelpBook.h"
 
+#include "platform/DesktopConventions.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
 
 namespace HelpBook {
 
@@ -25,20 +26,8 @@ Locations Locations::forExecutableFolder(const QString &executableFolder)
 {
     Locations locations;
     locations.executableFolder = executableFolder;
-#ifdef Q_OS_MACOS
-    // Vesk.app/Contents/MacOS/Vesk keeps its resources in Contents/Resources.
-    locations.resourceFolders.append(QDir::cleanPath(executableFolder + u"/../Resources/" + bookFolder));
-#else
-    // An installed Vesk: <prefix>/bin/vesk beside <prefix>/share/vesk, then
-    // the desktop's data folders (~/.local/share, /usr/local/share, /usr/share).
-    const QString inData = u"vesk/" + bookFolder;
-    locations.resourceFolders.append(QDir::cleanPath(executableFolder + u"/../share/" + inData));
-    for (const QString &folder :
-         QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, inData, QStandardPaths::LocateDirectory)) {
-        if (!locations.resourceFolders.contains(QDir::cleanPath(folder)))
-            locations.resourceFolders.append(QDir::cleanPath(folder));
-    }
-#endif
+    for (const QString &folder : DesktopConventions::resourceFolders(executableFolder))
+        locations.resourceFolders.append(QDir::cleanPath(folder + u'/' + bookFolder));
     return locations;
 }
 

@@ -16,9 +16,10 @@ struct Locations
     // locations are relative to it.
     QString executableFolder;
 
-    // The locations of a program in `executableFolder`: the macOS bundle's
-    // resources, or on Linux <prefix>/share/vesk beside <prefix>/bin and the
-    // desktop's data folders.
+    // The locations of a program in `executableFolder`: the book in each of
+    // the platform's resource folders (DesktopConventions::resourceFolders:
+    // the macOS bundle's resources, or on Linux <prefix>/share/vesk beside
+    // <prefix>/bin and the desktop's data folders).
     static Locations forExecutableFolder(const QString &executableFolder);
     // The same for the running application.
     static Locations forApplication();

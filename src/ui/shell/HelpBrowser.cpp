@@ -101,12 +101,7 @@ QVariant HelpBrowser::loadResource(int type, const QUrl &name)
     if (type == QTextDocument::StyleSheetResource)
         return QString(QString::fromUtf8(resource.toByteArray()) + u'\n' + paletteStyleSheet(palette()));
     if (type == QTextDocument::HtmlResource && resource.userType() == QMetaType::QByteArray) {
-#ifdef Q_OS_MACOS
-        const Platform platform = Platform::MacOS;
-#else
-        const Platform platform = Platform::Linux;
-#endif
-        return pageForPlatform(QString::fromUtf8(resource.toByteArray()), platform);
+        return pageForPlatform(QString::fromUtf8(resource.toByteArray()), DesktopConventions::desktop());
     }
     return resource;
 }

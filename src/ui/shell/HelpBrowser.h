@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/DesktopConventions.h"
+
 #include <QTextBrowser>
 
 #include <functional>
@@ -11,7 +13,7 @@ class HelpBrowser : public QTextBrowser
     Q_OBJECT
 
 public:
-    enum class Platform { MacOS, Linux };
+    using Platform = DesktopConventions::Desktop;
     using UrlOpener = std::function<void(const QUrl &)>;
 
     explicit HelpBrowser(QWidget *parent = nullptr);

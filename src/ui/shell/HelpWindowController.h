@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <utility>
+
 class QWidget;
 
 // The help window: one per process, built on the first show() and reused
@@ -26,6 +28,11 @@ public:
     // Shows `page` ("index.html") in the window, building the window first
     // if needed, and brings it to the front. Each call reloads the page.
     void show(const QString &page);
+
+    // Where the pages are looked for from the next show() on. Tests point
+    // the shared instance at a book of their own.
+    void setLocations(HelpBook::Locations locations) { m_locations = std::move(locations); }
+    const HelpBook::Locations &locations() const { return m_locations; }
 
     QWidget *window() const { return m_window; }
     HelpBrowser *browser() const { return m_browser; }

@@ -1,12 +1,13 @@
 #include "MainWindow.h"
 
 #include "AppState.h"
+#include "EditCommands.h"
 #include "HelpWindowController.h"
 #include "Placeholder.h"
 #include "PromptLibrary.h"
 #include "SearchResultsView.h"
 #include "WelcomeView.h"
-#include "platform/PlatformTerms.h"
+#include "platform/DesktopConventions.h"
 #include "platform/Workspace.h"
 #include "ui/detail/PromptDetailView.h"
 #include "ui/sidebar/SidebarModel.h"
@@ -26,11 +27,11 @@
 #include <QPlainTextEdit>
 #include <QMenuBar>
 #include <QSettings>
-#include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QToolBar>
 #include <QToolButton>
+#include <QWindow>
 
 namespace {
 
@@ -138,16 +139,62 @@ void MainWindow::buildActions()
     connect(m_reveal, &QAction::triggered, this,
             [this] { Workspace::revealInFileBrowser(m_state->library()->rootPath()); });
 
+    // ⌘W closes the front window: this one (which quits), Help or Settings.
+    m_close = new QAction(QStringLiteral("&Close"), this);
+    m_close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    m_close->setShortcutContext(Qt::ApplicationShortcut);
+    connect(m_close, &QAction::triggered, this, [] {
+        if (QWidget *front = QApplication::activeWindow())
+            front->close();
+    });
+
     m_quit = new QAction(QStringLiteral("&Quit"), this);
     m_quit->setMenuRole(QAction::QuitRole);
     m_quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     // Closing the windows quits, as closing the main window does.
     connect(m_quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
 
-    m_preferences = new QAction(PlatformTerms::settingsName() + u"…", this);
+    m_preferences = new QAction(DesktopConventions::settingsName() + u"…", this);
     m_preferences->setMenuRole(QAction::PreferencesRole);
     m_preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(m_preferences, &QAction::triggered, this, &MainWindow::preferencesRequested);
+
+    m_edit = new EditCommands(this);
+    // ⌘F goes to the search field (Escape there ends the search).
+    m_find = new QAction(QStringLiteral("&Find…"), this);
+    m_find->setShortcuts(QKeySequence::Find);
+    connect(m_find, &QAction::triggered, this, [this] {
+        if (!isActiveWindow()) { // chosen from the menu bar over Help or Settings
+            raise();
+            activateWindow();
+        }
+        m_search->setFocus(Qt::ShortcutFocusReason);
+        m_search->selectAll();
+    });
+
+    // The Window menu's commands act on the front window, as ⌘W does.
+    m_minimize = new QAction(QStringLiteral("Minimize"), this);
+    m_minimize->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+    m_minimize->setShortcutContext(Qt::ApplicationShortcut);
+    connect(m_minimize, &QAction::triggered, this, [] {
+        if (QWidget *front = QApplication::activeWindow())
+            front->showMinimized();
+    });
+    m_zoom = new QAction(QStringLiteral("Zoom"), this);
+    m_zoom->setShortcutContext(Qt::ApplicationShortcut);
+    connect(m_zoom, &QAction::triggered, this, [] {
+        QWidget *front = QApplication::activeWindow();
+        if (!front)
+            return;
+        if (front->isMaximized())
+            front->showNormal();
+        else
+            front->showMaximized();
+    });
+    m_bringAllToFront = new QAction(QStringLiteral("Bring All to Front"), this);
+    connect(m_bringAllToFront, &QAction::triggered, this, &MainWindow::bringAllToFront);
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::updateWindowCommands);
+    updateWindowCommands();
 
     m_help = new QAction(QStringLiteral("Vesk Help"), this);
     m_help->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Slash));
@@ -176,16 +223,32 @@ void MainWindow::buildMenus()
     file->addSeparator();
     file->addAction(m_reload);
     file->addAction(m_reveal);
-    // macOS puts the preferences item into the application menu by its role;
-    // elsewhere it lives in Edit.
-    // macOS moves the quit item into the application menu by its role.
     file->addSeparator();
+    file->addAction(m_close);
+    // macOS moves the quit item into the application menu by its role.
     file->addAction(m_quit);
-    if (QGuiApplication::platformName() == u"cocoa") {
-        file->addAction(m_preferences);
-    } else {
-        QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
-        edit->addAction(m_preferences);
+
+    QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+    edit->addAction(m_edit->undo());
+    edit->addAction(m_edit->redo());
+    edit->addSeparator();
+    edit->addAction(m_edit->cut());
+    edit->addAction(m_edit->copy());
+    edit->addAction(m_edit->paste());
+    edit->addAction(m_edit->selectAll());
+    edit->addSeparator();
+    edit->addAction(m_find);
+    // macOS puts the preferences item into the application menu by its
+    // role; elsewhere it lives here.
+    edit->addSeparator();
+    edit->addAction(m_preferences);
+
+    if (DesktopConventions::hasWindowMenu()) {
+        QMenu *window = menuBar()->addMenu(QStringLiteral("&Window"));
+        window->addAction(m_minimize);
+        window->addAction(m_zoom);
+        window->addSeparator();
+        window->addAction(m_bringAllToFront);
     }
     // Vesk Help is the Help menu's one item; on macOS it takes the place of
     // the standard help item.
@@ -215,12 +278,6 @@ void MainWindow::buildToolbar()
         clear->setAccessibleName(QStringLiteral("Clear Search"));
     m_search->setFixedWidth(260);
     toolbar->addWidget(m_search);
-    // Ctrl+F (⌘F) goes to the search field; Escape there ends the search.
-    auto *find = new QShortcut(QKeySequence::Find, this);
-    connect(find, &QShortcut::activated, this, [this] {
-        m_search->setFocus(Qt::ShortcutFocusReason);
-        m_search->selectAll();
-    });
     m_search->installEventFilter(this);
     toolbar->addAction(m_toolbarNewPrompt);
     // Reachable with Tab, in the order they stand, then the sidebar.
@@ -246,6 +303,33 @@ void MainWindow::updateIcons()
     m_hideSidebar->setIcon(Icons::icon(QStringLiteral("sidebar.left"), tint, 18));
     m_showSidebar->setIcon(Icons::icon(QStringLiteral("sidebar.left"), tint, 18));
     m_toolbarNewPrompt->setIcon(Icons::icon(QStringLiteral("square.and.pencil"), tint, 18));
+}
+
+void MainWindow::updateWindowCommands()
+{
+    QWidget *front = QApplication::activeWindow();
+    m_close->setEnabled(front);
+    m_minimize->setEnabled(front);
+    // A window of a fixed size (Settings) has nothing to zoom to.
+    m_zoom->setEnabled(front && front->minimumSize() != front->maximumSize());
+}
+
+void MainWindow::bringAllToFront()
+{
+    // The app's windows come in front of other apps' windows, the front one
+    // staying in front; minimized windows stay in the Dock.
+    QWidget *front = QApplication::activeWindow();
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        const Qt::WindowType type = window->windowType();
+        if (window == front || !window->isVisible() || window->isMinimized() || type == Qt::Popup
+            || type == Qt::ToolTip)
+            continue;
+        window->raise();
+    }
+    if (front) {
+        front->raise();
+        front->activateWindow();
+    }
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -3,6 +3,7 @@
 #include <QMainWindow>
 
 class AppState;
+class EditCommands;
 class Placeholder;
 class Preferences;
 class PromptDetailView;
@@ -38,7 +39,16 @@ public:
     QAction *newProjectAction() const { return m_newProject; }
     QAction *reloadAction() const { return m_reload; }
     QAction *revealAction() const { return m_reveal; }
+    // File ▸ Close: closes the front window, whichever of the app's it is.
+    QAction *closeAction() const { return m_close; }
     QAction *preferencesAction() const { return m_preferences; }
+    // Edit: the standard commands for the focused text field, and Find.
+    EditCommands *editCommands() const { return m_edit; }
+    QAction *findAction() const { return m_find; }
+    // Window (a menu on macOS only): for the front window.
+    QAction *minimizeAction() const { return m_minimize; }
+    QAction *zoomAction() const { return m_zoom; }
+    QAction *bringAllToFrontAction() const { return m_bringAllToFront; }
     QAction *helpAction() const { return m_help; }
     QAction *hideSidebarAction() const { return m_hideSidebar; }
     QAction *showSidebarAction() const { return m_showSidebar; }
@@ -61,6 +71,8 @@ private:
     void refresh();
     void leaveSearchOnSelection();
     void updateIcons();
+    void updateWindowCommands();
+    void bringAllToFront();
 
     AppState *m_state;
     SidebarView *m_sidebar;
@@ -77,7 +89,13 @@ private:
     QAction *m_newProject = nullptr;
     QAction *m_reload = nullptr;
     QAction *m_reveal = nullptr;
+    QAction *m_close = nullptr;
     QAction *m_preferences = nullptr;
+    EditCommands *m_edit = nullptr;
+    QAction *m_find = nullptr;
+    QAction *m_minimize = nullptr;
+    QAction *m_zoom = nullptr;
+    QAction *m_bringAllToFront = nullptr;
     QAction *m_help = nullptr;
     QAction *m_quit = nullptr;
     QAction *m_hideSidebar = nullptr;

@@ -1,6 +1,6 @@
 #include "SettingsWindow.h"
 
-#include "platform/PlatformTerms.h"
+#include "platform/DesktopConventions.h"
 
 #include "Preferences.h"
 #include "platform/Accessibility.h"
@@ -58,7 +58,7 @@ SettingsWindow::SettingsWindow(Preferences *preferences, QWidget *parent)
     , m_autoPaste(new QCheckBox(QStringLiteral("Paste into the app automatically"), this))
 {
     setObjectName(QStringLiteral("settings"));
-    setWindowTitle(PlatformTerms::settingsName());
+    setWindowTitle(DesktopConventions::settingsName());
     setFixedSize(520, 360);
     // A fixed-size tool window: it cannot be maximised, only closed.
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);

@@ -76,9 +76,9 @@ VeskApplication::~VeskApplication()
 SettingsWindow *VeskApplication::settingsWindow()
 {
     if (!m_settings) {
-        // The main window's own: kept above it and opened over it.
-        m_settings = new SettingsWindow(m_preferences, m_window.get());
+        m_settings = new SettingsWindow(m_preferences);
         m_settings->setAttribute(Qt::WA_QuitOnClose, false); // closing the main window quits
+
     }
     return m_settings;
 }

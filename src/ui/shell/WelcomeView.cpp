@@ -1,6 +1,6 @@
 #include "WelcomeView.h"
 
-#include "platform/PlatformTerms.h"
+#include "platform/DesktopConventions.h"
 
 #include "AppState.h"
 #include "ui/theme/Icons.h"
@@ -122,7 +122,7 @@ WelcomeView::WelcomeView(AppState *state, QWidget *parent)
                      0, Qt::AlignHCenter);
     steps->addWidget(step(4, QStringLiteral("Hand off to Claude or ChatGPT"),
                           u"Copy the filled prompt and bring your chosen app to the foreground in one "
-                          u"action. Pick the target in " + PlatformTerms::settingsName() + u".",
+                          u"action. Pick the target in " + DesktopConventions::settingsName() + u".",
                           native(QKeySequence(Qt::CTRL | Qt::Key_Return))),
                      0, Qt::AlignHCenter);
     column->addLayout(steps);

@@ -1,5 +1,7 @@
 #include "ShortcutText.h"
 
+#include "platform/DesktopConventions.h"
+
 #include <QHash>
 #include <QStringList>
 
@@ -52,11 +54,8 @@ QString inStyle(const QKeySequence &keys, Style style)
 
 QString forDisplay(const QKeySequence &keys)
 {
-#ifdef Q_OS_MACOS
-    return inStyle(keys, Style::MacOS);
-#else
-    return inStyle(keys, Style::Platform);
-#endif
+    const bool mac = DesktopConventions::desktop() == DesktopConventions::Desktop::MacOS;
+    return inStyle(keys, mac ? Style::MacOS : Style::Platform);
 }
 
 } // namespace ShortcutText
